@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QImage>
+#include <QList>
+
+/** The buffers of one decoded frame. What is shared with a reader is replaced, not copied, by the next frame. */
+struct DevelopedFrame {
+    /** The mosaic as received, widened to 16 bits, in sensor geometry. */
+    QList<quint16> raw;
+    /** The adjusted image in blue, green, red order, with overlays and without; may share their storage. */
+    QList<quint16> marked;
+    QList<quint16> clean;
+    /** marked at 8 bits a channel; null when it has not been made along the way. */
+    QImage picture;
+    quint16 width = 0;
+    quint16 height = 0;
+};

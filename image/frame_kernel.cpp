@@ -1,0 +1,203 @@
+#include "image/frame_kernel.h"
+
+#include <opencv2/core/utility.hpp>
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+namespace
+{
+using FrameKernel::Buffers;
+using FrameKernel::CodeTable;
+using FrameKernel::ColorTables;
+using FrameKernel::MonoTables;
+
+/** Rows of one task: few enough to share the work out evenly, enough to make the rows around it cheap. */
+constexpr int RowsPerTask = 24;
+
+/** Calls work(first row, end row) for all rows of a frame. */
+template <class Work> void forRows(int height, const Work &work)
+{
+    const int tasks = (height + RowsPerTask - 1) / RowsPerTask;
+    cv::parallel_for_(cv::Range(0, tasks), [&](const cv::Range &range) {
+        work(range.start * RowsPerTask, std::min(height, range.end * RowsPerTask));
+    });
+}
+
+/** 16 to 8 bits, to nearest: v / 257 rounded, in arithmetic that never leaves 16 bits. */
+constexpr uchar reduced(quint16 sample)
+{
+    return uchar(quint16(sample - (sample >> 8) + 127 + (sample >> 15)) >> 8);
+}
+
+void reduceRow(const quint16 *samples, int count, uchar *bytes)
+{
+    for (int i = 0; i < count; ++i)
+        bytes[i] = reduced(samples[i]);
+}
+
+/** What one code becomes in a monochrome frame: a pixel of three equal samples, ready to be stored at once. */
+struct MonoPixel {
+    std::array<quint16, 4> samples;
+    std::array<uchar, 4> bytes;
+    quint16 raw;
+};
+using MonoPixels = std::array<MonoPixel, 256>;
+
+MonoPixels monoPixels(const MonoTables &tables)
+{
+    MonoPixels pixels;
+    for (std::size_t code = 0; code < pixels.size(); ++code) {
+        MonoPixel &pixel = pixels[code];
+        pixel.raw = (*tables.raw)[code];
+        pixel.samples.fill(tables.lut[pixel.raw]);
+        pixel.bytes.fill(reduced(pixel.samples[0]));
+    }
+    return pixels;
+}
+
+/** Stores four samples for every pixel: the fourth is overwritten by the next pixel, but for the last one. */
+void developMonoPixels(const MonoPixels &pixels, const uchar *codes, int count, quint16 *raw, quint16 *image,
+                       uchar *picture)
+{
+    for (int i = 0; i + 1 < count; ++i) {
+        const MonoPixel &pixel = pixels[codes[i]];
+        raw[i] = pixel.raw;
+        std::memcpy(image + 3 * i, pixel.samples.data(), sizeof pixel.samples);
+        std::memcpy(picture + 3 * i, pixel.bytes.data(), sizeof pixel.bytes);
+    }
+    const int last = count - 1;
+    const MonoPixel &pixel = pixels[codes[last]];
+    raw[last] = pixel.raw;
+    std::copy_n(pixel.samples.begin(), 3, image + 3 * last);
+    std::copy_n(pixel.bytes.begin(), 3, picture + 3 * last);
+}
+
+/** Bilinear demosaicing and look-up of a range of rows. */
+class ColorRows
+{
+public:
+    ColorRows(const ColorTables &tables, const Buffers &buffers)
+        : m_tables(tables), m_buffers(buffers), m_width(std::size_t(buffers.width)), m_rows(3 * m_width),
+          m_red(m_width), m_green(m_width), m_blue(m_width)
+    {
+    }
+
+    void develop(int first, int end)
+    {
+        // The outermost rows repeat their inner neighbours, so the centre row stays between them.
+        const int lastCentre = m_buffers.height - 2;
+        int loaded = -1;
+        for (int y = first; y < end; ++y) {
+            const int centre = std::clamp(y, 1, lastCentre);
+            for (int row = std::max(loaded + 1, centre - 1); row <= centre + 1; ++row)
+                loadRow(row);
+            loaded = centre + 1;
+            widenRow(y);
+            demosaicRow(centre);
+            finishRow(y);
+        }
+    }
+
+private:
+    quint16 *row(int y) { return m_rows.data() + std::size_t(y % 3) * m_width; }
+
+    void loadRow(int y)
+    {
+        const uchar *codes = m_buffers.codes + std::size_t(y) * m_width;
+        const auto &even = *m_tables.balanced[std::size_t(y & 1)][0];
+        const auto &odd = *m_tables.balanced[std::size_t(y & 1)][1];
+        quint16 *samples = row(y);
+        std::size_t x = 0;
+        for (; x + 1 < m_width; x += 2) {
+            samples[x] = even[codes[x]];
+            samples[x + 1] = odd[codes[x + 1]];
+        }
+        if (x < m_width)
+            samples[x] = even[codes[x]];
+    }
+
+    void widenRow(int y)
+    {
+        const uchar *codes = m_buffers.codes + std::size_t(y) * m_width;
+        quint16 *raw = m_buffers.raw + std::size_t(y) * m_width;
+        const CodeTable &table = *m_tables.raw;
+        for (std::size_t x = 0; x < m_width; ++x)
+            raw[x] = table[codes[x]];
+    }
+
+    /**
+     * Fills the three colour rows. "own" is the colour that shares the centre row with green, "other" the one
+     * of the rows above and below. All four means are made for every pixel and the parity of the column
+     * chooses among them, which the compiler turns into vector instructions.
+     */
+    void demosaicRow(int y)
+    {
+        const quint16 *above = row(y - 1);
+        const quint16 *centre = row(y);
+        const quint16 *below = row(y + 1);
+        const bool rowStartsWithGreen = m_tables.startsWithGreen == ((y & 1) == 0);
+        // Both mosaics put green and blue in one row, red and green in the other.
+        const bool ownIsRed = !rowStartsWithGreen;
+        quint16 *__restrict green = m_green.data();
+        quint16 *__restrict own = ownIsRed ? m_red.data() : m_blue.data();
+        quint16 *__restrict other = ownIsRed ? m_blue.data() : m_red.data();
+        const quint16 greenAtEven = rowStartsWithGreen ? 0xffff : 0;
+
+        const int end = int(m_width) - 1;
+        for (int x = 1; x < end; ++x) {
+            const quint32 beside = quint32(centre[x - 1]) + centre[x + 1];
+            const quint32 over = quint32(above[x]) + below[x];
+            const quint32 corners = quint32(above[x - 1]) + above[x + 1] + below[x - 1] + below[x + 1];
+            const auto atGreen = quint16(greenAtEven ^ (x & 1 ? 0xffff : 0));
+            const auto choose = [atGreen](quint32 onGreen, quint32 onColor) {
+                return quint16((onGreen & atGreen) | (onColor & quint16(~atGreen)));
+            };
+            green[x] = choose(centre[x], (beside + over + 2) >> 2);
+            own[x] = choose((beside + 1) >> 1, centre[x]);
+            other[x] = choose((over + 1) >> 1, (corners + 2) >> 2);
+        }
+        for (quint16 *plane : {m_red.data(), m_green.data(), m_blue.data()}) {
+            plane[0] = plane[1];
+            plane[end] = plane[end - 1];
+        }
+    }
+
+    void finishRow(int y)
+    {
+        const std::size_t start = 3 * std::size_t(y) * m_width;
+        quint16 *image = m_buffers.image + start;
+        for (std::size_t x = 0; x < m_width; ++x) {
+            image[3 * x] = m_tables.lutB[m_blue[x]];
+            image[3 * x + 1] = m_tables.lutG[m_green[x]];
+            image[3 * x + 2] = m_tables.lutR[m_red[x]];
+        }
+        reduceRow(image, int(3 * m_width), m_buffers.picture + start);
+    }
+
+    const ColorTables &m_tables;
+    const Buffers &m_buffers;
+    std::size_t m_width;
+    /** The last three white-balanced rows, row y at place y modulo 3. */
+    std::vector<quint16> m_rows;
+    std::vector<quint16> m_red;
+    std::vector<quint16> m_green;
+    std::vector<quint16> m_blue;
+};
+} // namespace
+
+void FrameKernel::developMono(const MonoTables &tables, const Buffers &buffers)
+{
+    const MonoPixels pixels = monoPixels(tables);
+    forRows(buffers.height, [&](int first, int end) {
+        const std::size_t start = std::size_t(first) * std::size_t(buffers.width);
+        developMonoPixels(pixels, buffers.codes + start, (end - first) * buffers.width, buffers.raw + start,
+                          buffers.image + 3 * start, buffers.picture + 3 * start);
+    });
+}
+
+void FrameKernel::developColor(const ColorTables &tables, const Buffers &buffers)
+{
+    forRows(buffers.height, [&](int first, int end) { ColorRows(tables, buffers).develop(first, end); });
+}

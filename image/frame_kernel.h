@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QtTypes>
+
+#include <array>
+
+/**
+ * A received frame on its way to the screen in one pass: every row is read once and leaves as raw samples, as
+ * the adjusted image and as the 8-bit picture while it is still in the cache. Rows spread over OpenCV's
+ * workers. The results are those of the separate steps of ImgAdjUtil to the bit.
+ */
+namespace FrameKernel
+{
+using CodeTable = std::array<quint16, 256>;
+
+/** Where a frame comes from and where it goes; the buffers hold width x height samples or three times that. */
+struct Buffers {
+    const uchar *codes;
+    int width;
+    int height;
+    quint16 *raw;
+    quint16 *image;
+    /** 8 bits a channel, rows without padding. */
+    uchar *picture;
+};
+
+struct MonoTables {
+    const CodeTable *raw;
+    /** The adjustment table of the only channel, 65536 entries. */
+    const quint16 *lut;
+};
+
+struct ColorTables {
+    const CodeTable *raw;
+    /** Widened and white-balanced sample of a code, by the parity of row and column. */
+    std::array<std::array<const CodeTable *, 2>, 2> balanced;
+    const quint16 *lutR;
+    const quint16 *lutG;
+    const quint16 *lutB;
+    /** The mosaic starts with green, blue instead of red, green. */
+    bool startsWithGreen;
+};
+
+void developMono(const MonoTables &tables, const Buffers &buffers);
+/** width and height are at least 3: smaller frames have no pixel with all its neighbours. */
+void developColor(const ColorTables &tables, const Buffers &buffers);
+} // namespace FrameKernel

@@ -1,0 +1,113 @@
+#include "image/img_adj_util.h"
+
+#include "image/developed_frame.h"
+#include "image/frame_kernel.h"
+#include "image/img_adj_data.h"
+
+#include <opencv2/core.hpp>
+
+#include <algorithm>
+
+namespace
+{
+/** Room for count samples that nobody else looks at; their content is undefined. */
+quint16 *fresh(QList<quint16> &list, qsizetype count)
+{
+    if (!list.isDetached())
+        list = {};
+    list.resizeForOverwrite(count);
+    return list.data();
+}
+
+uchar *fresh(QImage &picture, int width, int height)
+{
+    if (!picture.isDetached() || picture.size() != QSize(width, height))
+        picture = ImgAdjUtil::unpaddedImage(width, height, QImage::Format_BGR888);
+    return picture.bits();
+}
+
+/** Whether the adjusted image is the mosaic's pixels in their places, each through its table. */
+bool staysInPlace(const ImgAdjData &adj)
+{
+    const bool turned = qint16(adj.rotate.toInt()) % 360 != 0 || adj.flipH.toBool() || adj.flipV.toBool();
+    const bool overlaid = adj.focusPeak > 0 || adj.expAssist > 0;
+    return !turned && !overlaid && adj.cropRect.isNull();
+}
+
+/**
+ * A code table after white balance. The library's own scaling makes it, so that every gain rounds and
+ * saturates as it does on a whole mosaic.
+ */
+FrameKernel::CodeTable balancedTable(const FrameKernel::CodeTable &widened, double gain)
+{
+    FrameKernel::CodeTable table = widened;
+    cv::Mat row(1, int(table.size()), CV_16U, table.data());
+    row.convertTo(row, -1, gain, 0.0);
+    return table;
+}
+
+void developColor(const ImgAdjData &adj, const FrameKernel::CodeTable &widened,
+                  const FrameKernel::Buffers &buffers)
+{
+    const auto red = balancedTable(widened, adj.wbR.toDouble() * adj.wbCalR.toDouble());
+    const auto green = balancedTable(widened, adj.wbG.toDouble() * adj.wbCalG.toDouble());
+    const auto blue = balancedTable(widened, adj.wbB.toDouble() * adj.wbCalB.toDouble());
+    const int cfa = adj.cfa.toInt();
+    FrameKernel::ColorTables tables;
+    tables.raw = &widened;
+    // The white balance takes every mosaic but RGGB for GBRG, the demosaicing every one but GBRG for RGGB.
+    if (cfa == ImgAdjUtil::CfaRGGB)
+        tables.balanced = {{{&red, &green}, {&green, &blue}}};
+    else
+        tables.balanced = {{{&green, &blue}, {&red, &green}}};
+    tables.startsWithGreen = cfa == ImgAdjUtil::CfaGBRG;
+    tables.lutR = adj.lutR.constData();
+    tables.lutG = adj.lutG.constData();
+    tables.lutB = adj.lutB.constData();
+    FrameKernel::developColor(tables, buffers);
+}
+} // namespace
+
+void ImgAdjUtil::developFrame(const ImgAdjData &adj, QByteArrayView payload, quint32 imgSize,
+                              DevelopedFrame &frame) const
+{
+    const qsizetype pixels = qsizetype(frame.width) * frame.height;
+    QByteArray padded;
+    if (payload.size() < pixels) {
+        // Code 0 is sample 0.
+        padded = payload.toByteArray().leftJustified(pixels, '\0');
+        payload = padded;
+    }
+    fresh(frame.raw, std::max<qsizetype>(pixels, imgSize));
+
+    const bool mono = adj.cfa.toInt() == CfaMono;
+    const bool hasInnerPixels = frame.width > 2 && frame.height > 2;
+    if (!staysInPlace(adj) || !(mono || hasInnerPixels)) {
+        std::fill(frame.raw.begin(), frame.raw.end(), quint16(0));
+        lut8To16Convert(payload, frame.raw);
+        frame.picture = {};
+        fresh(frame.marked, pixels * 3);
+        fresh(frame.clean, pixels * 3);
+        adjustImage(adj, frame.raw, frame.marked, frame.clean, frame.height, frame.width);
+        return;
+    }
+
+    const qsizetype spare = std::min(payload.size(), frame.raw.size()) - pixels;
+    const auto *codes = reinterpret_cast<const uchar *>(payload.data());
+    const auto tail = std::transform(codes + pixels, codes + pixels + spare, frame.raw.begin() + pixels,
+                                     [this](uchar code) { return m_lut8To16[code]; });
+    std::fill(tail, frame.raw.end(), quint16(0));
+
+    frame.marked = {};
+    const FrameKernel::Buffers buffers{.codes = codes,
+                                       .width = frame.width,
+                                       .height = frame.height,
+                                       .raw = frame.raw.data(),
+                                       .image = fresh(frame.clean, pixels * 3),
+                                       .picture = fresh(frame.picture, frame.width, frame.height)};
+    if (mono)
+        FrameKernel::developMono({.raw = &m_lut8To16, .lut = adj.lutG.constData()}, buffers);
+    else
+        developColor(adj, m_lut8To16, buffers);
+    frame.marked = frame.clean;
+}
