@@ -1,0 +1,186 @@
+#include "sim/camera.h"
+
+#include "sim/control.h"
+#include "sim/discovery.h"
+#include "sim/http_front.h"
+#include "sim/value_table.h"
+
+#include <QMutexLocker>
+
+namespace q4sim
+{
+
+namespace
+{
+
+constexpr qsizetype keptRequests = 50000;
+
+Config withClock(Config config)
+{
+    if (!config.clock)
+        config.clock = std::make_shared<SystemClock>();
+    return config;
+}
+
+// A faulty configuration is told by listen(); the model needs a sound one.
+Config sound(const Config &config)
+{
+    if (configError(config).isEmpty())
+        return config;
+    Config plain;
+    plain.clock = config.clock;
+    return plain;
+}
+
+} // namespace
+
+Camera::Camera(const Config &config, QObject *parent)
+    : QObject(parent), m_config(withClock(config)), m_model(sound(m_config))
+{
+}
+
+Camera::~Camera()
+{
+    close();
+}
+
+QString Camera::listen()
+{
+    close();
+    if (const QString text = configError(m_config); !text.isEmpty())
+        return text;
+    auto front = std::make_unique<HttpFront>(*this);
+    if (const QString text = front->listen(m_config.address, m_config.port); !text.isEmpty())
+        return text;
+    if (m_config.discovery) {
+        auto discovery = std::make_unique<Discovery>();
+        if (const QString text = discovery->listen(m_config.address); !text.isEmpty())
+            return text;
+        m_discovery = std::move(discovery);
+    }
+    m_front = std::move(front);
+    return {};
+}
+
+void Camera::close()
+{
+    m_discovery.reset();
+    m_front.reset();
+}
+
+QList<Request> Camera::requests() const
+{
+    const QMutexLocker lock(&m_mutex);
+    return m_requests;
+}
+
+QList<Request> Camera::requests(const QByteArray &method, const QString &path) const
+{
+    QList<Request> found;
+    const QList<Request> all = requests();
+    for (const Request &request : all) {
+        if (request.method == method && request.path == path)
+            found.append(request);
+    }
+    return found;
+}
+
+void Camera::clearRequests()
+{
+    const QMutexLocker lock(&m_mutex);
+    m_requests.clear();
+}
+
+void Camera::setFault(Route route, const Fault &fault)
+{
+    const QMutexLocker lock(&m_mutex);
+    m_faults[route] = fault;
+}
+
+void Camera::clearFaults()
+{
+    const QMutexLocker lock(&m_mutex);
+    m_faults.clear();
+}
+
+Fault Camera::takeFault(Route route)
+{
+    const auto found = m_faults.find(route);
+    if (found == m_faults.end())
+        return {};
+    const Fault fault = found->second;
+    if (fault.count == 0)
+        return {};
+    if (fault.count > 0)
+        --found->second.count;
+    return fault;
+}
+
+QJsonObject Camera::status() const
+{
+    const QMutexLocker lock(&m_mutex);
+    return m_model.status(m_config.clock->nowNs());
+}
+
+QJsonValue Camera::value(const QString &path) const
+{
+    return valueAt(status(), path);
+}
+
+void Camera::forceValue(const QString &path, const QJsonValue &value)
+{
+    const QMutexLocker lock(&m_mutex);
+    m_model.forceValue(path, value);
+}
+
+void Camera::setTakeLocked(int number, bool locked)
+{
+    const QMutexLocker lock(&m_mutex);
+    m_model.setTakeLocked(number, locked);
+}
+
+SceneParams Camera::sceneParams() const
+{
+    const QMutexLocker lock(&m_mutex);
+    return m_model.sceneParams();
+}
+
+qint64 Camera::liveFrame() const
+{
+    const QMutexLocker lock(&m_mutex);
+    return m_model.liveFrame(m_config.clock->nowNs());
+}
+
+qint64 Camera::frameTimeNs(qint64 frame) const
+{
+    const QMutexLocker lock(&m_mutex);
+    return m_model.frameTimeNs(frame);
+}
+
+Answer Camera::answer(const QByteArray &method, const QString &path, const QByteArray &body)
+{
+    const QMutexLocker lock(&m_mutex);
+    return m_model.handle({method, path, {}, body, m_config.clock->nowNs()});
+}
+
+Answer Camera::receive(const Request &request, Fault *fault)
+{
+    if (request.path.startsWith(u"/sim/"))
+        return control(*this, request);
+    {
+        const QMutexLocker lock(&m_mutex);
+        m_requests.append(request);
+        if (m_requests.size() > keptRequests)
+            m_requests.removeFirst();
+    }
+    emit requestReceived(request);
+    const QMutexLocker lock(&m_mutex);
+    *fault = takeFault(routeOf(request));
+    Answer answer;
+    if (!hasNoEffect(fault->kind))
+        answer = m_model.handle(request);
+    spoil(*fault, &answer);
+    return answer;
+}
+
+} // namespace q4sim

@@ -1,0 +1,206 @@
+#include "sim/camera_model.h"
+
+#include "sim/frame_record.h"
+#include "sim/initial_document.h"
+#include "sim/value_table.h"
+
+#include <QDateTime>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QTimeZone>
+
+#include <algorithm>
+
+namespace q4sim
+{
+
+namespace
+{
+
+constexpr qint64 nsPerSecond = 1000000000;
+
+QJsonArray numbers(const QList<int> &list)
+{
+    QJsonArray array;
+    for (int n : list)
+        array.append(n);
+    return array;
+}
+
+QString hex(quint64 number)
+{
+    return QString::number(number, 16);
+}
+
+} // namespace
+
+Answer refusal(int status, const QString &text)
+{
+    Answer answer = jsonAnswer({{"error", text}});
+    answer.status = status;
+    return answer;
+}
+
+Answer jsonAnswer(const QJsonObject &object)
+{
+    Answer answer;
+    answer.body = QJsonDocument(object).toJson(QJsonDocument::Compact);
+    return answer;
+}
+
+CameraModel::CameraModel(const Config &config)
+    : m_config(config), m_doc(initialDocument(config)), m_frClks(frClksMax), m_trigOffset(1),
+      m_frameClock(config.clock->nowNs(), frClksMax), m_recorder(config.partitions),
+      m_blackReference(config.blackRefSlots), m_drive(config.hasSsd)
+{
+    const qint64 nowNs = config.clock->nowNs();
+    setResolution(valueAt(m_doc, QStringLiteral("acq/res")).toString(), nowNs);
+    setFrClks(qRound64(clkFreq / config.frameRate), nowNs);
+    m_expClks = snapExposure(m_frClks / 2, m_frClks);
+    m_trigOffset = std::max(m_recorder.partitionFrames() / 2, 1);
+}
+
+Answer CameraModel::handle(const Request &request)
+{
+    advance(request.timeNs);
+    const QString path = request.path.mid(1);
+    if (request.method == "PUT")
+        return put(path, request.body, request.timeNs);
+    if (request.method == "POST")
+        return post(path, request.body, request.timeNs);
+    if (request.method != "GET")
+        return refusal(405, QStringLiteral("method not allowed"));
+    if (path.isEmpty())
+        return jsonAnswer(status(request.timeNs));
+    return refusal(404, QStringLiteral("nothing at /%1").arg(path));
+}
+
+void CameraModel::advance(qint64 nowNs)
+{
+    m_recorder.advance(m_frameClock.frameAt(nowNs));
+}
+
+QJsonObject CameraModel::status(qint64 nowNs)
+{
+    advance(nowNs);
+    QJsonObject doc = m_doc;
+    doc["acq"] = acquisition(nowNs);
+    const Recorder::Take &first = m_recorder.take(1);
+    doc["takes"] = QJsonObject{
+        {"take1",
+         QJsonObject{{"prtn_fr_cnt", first.saved ? first.partitionFrames : m_recorder.partitionFrames()},
+                     {"prtn_pt_cnt", m_trigOffset}}}};
+    if (m_config.hasLens)
+        setValueAt(doc, QStringLiteral("lens/focus_dist"), m_lens.distance(nowNs));
+    doc["shtr"] = QJsonObject{{"state", m_shutter.state(nowNs)}};
+    doc["ssd"] = drive(nowNs);
+    const qint64 seconds = (nowNs + m_timeOffsetNs) / nsPerSecond;
+    const QDateTime time = QDateTime::fromSecsSinceEpoch(seconds, QTimeZone::UTC);
+    doc["meta"] = QJsonObject{{"time", time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"))}};
+    const bool inMeta = m_config.yearOffsetPlace == YearOffsetPlace::Meta;
+    setValueAt(doc, inMeta ? QStringLiteral("meta/year_offset") : QStringLiteral("time/year_offset"),
+               yearStart(seconds));
+    for (const auto &[path, value] : m_forced)
+        setValueAt(doc, path, value);
+    return doc;
+}
+
+QJsonObject CameraModel::acquisition(qint64 nowNs) const
+{
+    QJsonObject acq = m_doc["acq"].toObject();
+    acq["state"] = m_recorder.state();
+    acq["exp_clks"] = m_expClks;
+    acq["exp_clks_max"] = expClksMaxFor(m_frClks);
+    acq["exp_time"] = m_expClks * 1e6 / clkFreq;
+    acq["fr_rate"] = double(clkFreq) / m_frClks;
+    acq["fr_clks"] = m_frClks;
+    acq["fr_clks_min"] = frClksMin(m_width, m_height);
+    acq["trig_offset"] = m_trigOffset;
+    acq["prtn_cnt"] = m_recorder.partitionCount();
+    acq["active_take"] = m_recorder.activeTake();
+    acq["bref_state"] = m_blackReference.state(nowNs);
+    acq["saved_takes"] = numbers(m_recorder.savedTakes());
+    acq["locked_takes"] = numbers(m_recorder.lockedTakes());
+    return acq;
+}
+
+QJsonObject CameraModel::drive(qint64 nowNs) const
+{
+    QJsonObject ssd = m_doc["ssd"].toObject();
+    ssd["state"] = m_drive.state(nowNs);
+    ssd["wr_state"] = 0;
+    ssd["wr_seq"] = 0;
+    ssd["progress"] = 0;
+    ssd["name"] = m_drive.name();
+    ssd["size"] = hex(m_drive.sizeBytes());
+    ssd["used"] = hex(m_drive.usedBytes(nowNs));
+    ssd["open_takes"] = QJsonArray();
+    return ssd;
+}
+
+void CameraModel::forceValue(const QString &path, const QJsonValue &value)
+{
+    if (value.isUndefined())
+        m_forced.erase(path);
+    else
+        m_forced[path] = value;
+}
+
+void CameraModel::setResolution(const QString &res, qint64 nowNs)
+{
+    parseResolution(res, &m_width, &m_height);
+    setValueAt(m_doc, QStringLiteral("acq/res"), res);
+    setFrClks(m_frClks, nowNs);
+    m_blackReference.invalidate();
+    updatePartitions(nowNs);
+}
+
+void CameraModel::setFrClks(qint64 wanted, qint64 nowNs)
+{
+    m_frClks = static_cast<int>(std::clamp<qint64>(wanted, frClksMin(m_width, m_height), frClksMax));
+    m_frameClock.retime(nowNs, m_frClks);
+    m_expClks = snapExposure(m_expClks, m_frClks);
+}
+
+void CameraModel::updatePartitions(qint64 nowNs)
+{
+    const int frames = partitionFrames(m_config.memoryBytes, m_recorder.partitionCount(), m_width, m_height);
+    m_recorder.setPartitionFrames(std::max(frames, 1), m_frameClock.frameAt(nowNs));
+    m_trigOffset = std::clamp(m_trigOffset, 1, m_recorder.partitionFrames());
+}
+
+SceneParams CameraModel::sceneParams() const
+{
+    SceneParams params;
+    params.width = m_width;
+    params.height = m_height;
+    params.cfa = m_config.cfa;
+    params.seed = m_config.seed;
+    // An exposure of half a millisecond shows the scene as it is drawn.
+    const qint64 gain = qint64(m_expClks) * 256 * 2000 / clkFreq;
+    params.gainQ8 = static_cast<int>(std::clamp<qint64>(gain, 8, 2048));
+    return params;
+}
+
+Answer CameraModel::transfer(const QJsonObject &arguments, qint64 nowNs)
+{
+    if (arguments["type"].toInt() != 3 || !arguments["src"].isDouble())
+        return refusal(400, QStringLiteral("unknown kind of transfer"));
+    if (arguments["src"].toInt() != 1)
+        return refusal(404, QStringLiteral("no such source"));
+    const SceneParams params = sceneParams();
+    if (!m_renderer || m_renderer->params() != params)
+        m_renderer = std::make_unique<SceneRenderer>(params);
+    const qint64 frame = liveFrame(nowNs);
+    const bool img = m_config.headerFamily == HeaderFamily::Img;
+    Answer answer;
+    answer.contentType = "application/octet-stream";
+    answer.headers = {{img ? "Img-Width" : "Fr-Width", QByteArray::number(params.width)},
+                      {img ? "Img-Height" : "Fr-Height", QByteArray::number(params.height)},
+                      {img ? "Img-Size" : "Fr-Size", QByteArray::number(params.width * params.height)},
+                      {"Meta-Size", QByteArray::number(metaSize)}};
+    answer.body = frameRecord(*m_renderer, frame, frameTimeNs(frame));
+    return answer;
+}
+
+} // namespace q4sim

@@ -1,0 +1,106 @@
+#pragma once
+
+#include "sim/config.h"
+#include "sim/devices.h"
+#include "sim/recorder.h"
+#include "sim/request.h"
+#include "sim/scene.h"
+
+#include <QJsonObject>
+
+#include <map>
+#include <memory>
+
+namespace q4sim
+{
+
+/// What a camera is and does, without the network: answers requests as of the time they carry. Not safe
+/// from several threads at once.
+class CameraModel
+{
+public:
+    explicit CameraModel(const Config &config);
+
+    /// Answers one request. Everything that happened until its time is carried out first.
+    Answer handle(const Request &request);
+
+    QJsonObject status(qint64 nowNs);
+
+    /// Shows `value` at a path of the status document whatever the camera does; Undefined ends that.
+    void forceValue(const QString &path, const QJsonValue &value);
+
+    void setTakeLocked(int number, bool locked) { m_recorder.setLocked(number, locked); }
+
+    SceneParams sceneParams() const;
+    qint64 liveFrame(qint64 nowNs) const { return m_frameClock.frameAt(nowNs); }
+
+    /// Time of a frame by the camera's own clock, which a write of meta/time sets; ns since 1970.
+    qint64 frameTimeNs(qint64 frame) const { return m_frameClock.timeNs(frame) + m_timeOffsetNs; }
+
+private:
+    using Command = Answer (CameraModel::*)(const QJsonObject &arguments, qint64 nowNs);
+    using Setter = Answer (CameraModel::*)(const QString &path, const QJsonValue &value, qint64 nowNs);
+
+    void advance(qint64 nowNs);
+    QJsonObject acquisition(qint64 nowNs) const;
+    QJsonObject drive(qint64 nowNs) const;
+    void setResolution(const QString &res, qint64 nowNs);
+    void setFrClks(qint64 wanted, qint64 nowNs);
+    void updatePartitions(qint64 nowNs);
+
+    // Writes.
+    Answer put(const QString &path, const QByteArray &body, qint64 nowNs);
+    static Setter setterFor(const QString &path);
+    Answer putPlain(const QString &path, const QJsonValue &value, qint64 nowNs);
+    Answer putExposure(const QString &path, const QJsonValue &value, qint64 nowNs);
+    Answer putFrClks(const QString &path, const QJsonValue &value, qint64 nowNs);
+    Answer putResolution(const QString &path, const QJsonValue &value, qint64 nowNs);
+    Answer putTrigOffset(const QString &path, const QJsonValue &value, qint64 nowNs);
+    Answer putPartitions(const QString &path, const QJsonValue &value, qint64 nowNs);
+    Answer putAcqMode(const QString &path, const QJsonValue &value, qint64 nowNs);
+    Answer putFsyncMode(const QString &path, const QJsonValue &value, qint64 nowNs);
+    Answer putFstop(const QString &path, const QJsonValue &value, qint64 nowNs);
+    Answer putTime(const QString &path, const QJsonValue &value, qint64 nowNs);
+    Answer putVideoFormat(const QString &path, const QJsonValue &value, qint64 nowNs);
+    Answer putLine(const QString &path, const QJsonValue &value, qint64 nowNs);
+
+    // Commands.
+    Answer post(const QString &path, const QByteArray &body, qint64 nowNs);
+    Answer record(const QJsonObject &arguments, qint64 nowNs);
+    Answer trigger(const QJsonObject &arguments, qint64 nowNs);
+    Answer abort(const QJsonObject &arguments, qint64 nowNs);
+    Answer blackReference(const QJsonObject &arguments, qint64 nowNs);
+    Answer deleteTakes(const QJsonObject &arguments, qint64 nowNs);
+    Answer partition(const QJsonObject &arguments, qint64 nowNs);
+    Answer focus(const QJsonObject &arguments, qint64 nowNs);
+    Answer moveShutter(const QJsonObject &arguments, qint64 nowNs);
+    Answer ssdList(const QJsonObject &arguments, qint64 nowNs);
+    Answer ssdUmount(const QJsonObject &arguments, qint64 nowNs);
+    Answer ssdFormat(const QJsonObject &arguments, qint64 nowNs);
+    Answer transfer(const QJsonObject &arguments, qint64 nowNs);
+
+    Config m_config;
+    QJsonObject m_doc; ///< the values that nothing but a write changes
+    std::map<QString, QJsonValue> m_forced;
+    int m_width = 0;
+    int m_height = 0;
+    int m_frClks;
+    int m_expClks = expClksMin;
+    int m_trigOffset;
+    qint64 m_timeOffsetNs = 0;
+    FrameClock m_frameClock;
+    Recorder m_recorder;
+    BlackReference m_blackReference;
+    Lens m_lens;
+    Shutter m_shutter;
+    Drive m_drive;
+    std::unique_ptr<SceneRenderer> m_renderer; ///< of the last live frame, renewed when its look changes
+};
+
+/// A refusal: an HTTP status and a sentence.
+Answer refusal(int status, const QString &text);
+
+/// A JSON document as answer.
+Answer jsonAnswer(const QJsonObject &object);
+
+} // namespace q4sim

@@ -1,0 +1,186 @@
+#include "sim/camera_model.h"
+
+#include "sim/initial_document.h"
+#include "sim/value_table.h"
+
+#include <QDateTime>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QTimeZone>
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+
+namespace q4sim
+{
+
+namespace
+{
+
+constexpr qint64 nsPerSecond = 1000000000;
+constexpr auto timeForm = "yyyy-MM-dd HH:mm:ss";
+
+Answer accepted()
+{
+    return jsonAnswer({});
+}
+
+// A write carries a lone scalar, which the parser takes only inside of an array.
+std::optional<QJsonValue> scalar(const QByteArray &body)
+{
+    const QJsonArray wrapped = QJsonDocument::fromJson('[' + body + ']').array();
+    if (wrapped.size() != 1 || wrapped[0].isArray() || wrapped[0].isObject() || wrapped[0].isNull())
+        return std::nullopt;
+    return wrapped[0];
+}
+
+QDateTime parseTime(const QJsonValue &value)
+{
+    QDateTime time = QDateTime::fromString(value.toString(), QString::fromLatin1(timeForm));
+    time.setTimeZone(QTimeZone::UTC);
+    return time;
+}
+
+// Why a value does not fit its row; empty when it does.
+QString misfit(const ValueRow &row, const QJsonValue &value)
+{
+    if (row.kind == Kind::Text)
+        return value.isString() ? QString() : QStringLiteral("not a text");
+    if (row.kind == Kind::Time)
+        return parseTime(value).isValid() ? QString() : QStringLiteral("not a time");
+    if (!value.isDouble())
+        return QStringLiteral("not a number");
+    const double number = value.toDouble();
+    if (row.kind == Kind::Int && number != std::floor(number))
+        return QStringLiteral("not a whole number");
+    if (number < row.min || number > row.max)
+        return QStringLiteral("out of range");
+    return {};
+}
+
+} // namespace
+
+Answer CameraModel::put(const QString &path, const QByteArray &body, qint64 nowNs)
+{
+    const std::optional<ValueRow> row = findValue(path);
+    if (!row || valueAt(status(nowNs), path).isUndefined())
+        return refusal(404, QStringLiteral("no value at /%1").arg(path));
+    if (row->access == Access::ReadOnly)
+        return refusal(403, QStringLiteral("/%1 is read-only").arg(path));
+    const std::optional<QJsonValue> value = scalar(body);
+    if (!value)
+        return refusal(400, QStringLiteral("not a JSON scalar"));
+    if (const QString text = misfit(*row, *value); !text.isEmpty())
+        return refusal(400, text);
+    return (this->*setterFor(path))(path, *value, nowNs);
+}
+
+CameraModel::Setter CameraModel::setterFor(const QString &path)
+{
+    static const std::map<QString, Setter> setters = {
+        {QStringLiteral("acq/exp_clks"), &CameraModel::putExposure},
+        {QStringLiteral("acq/fr_clks"), &CameraModel::putFrClks},
+        {QStringLiteral("acq/res"), &CameraModel::putResolution},
+        {QStringLiteral("acq/trig_offset"), &CameraModel::putTrigOffset},
+        {QStringLiteral("acq/prtn_cnt"), &CameraModel::putPartitions},
+        {QStringLiteral("acq/mode"), &CameraModel::putAcqMode},
+        {QStringLiteral("acq/fsync_mode"), &CameraModel::putFsyncMode},
+        {QStringLiteral("lens/fstop"), &CameraModel::putFstop},
+        {QStringLiteral("meta/time"), &CameraModel::putTime},
+        {QStringLiteral("video/format"), &CameraModel::putVideoFormat},
+    };
+    if (path.startsWith(u"io/"))
+        return &CameraModel::putLine;
+    const auto found = setters.find(path);
+    return found == setters.end() ? &CameraModel::putPlain : found->second;
+}
+
+Answer CameraModel::putPlain(const QString &path, const QJsonValue &value, qint64)
+{
+    setValueAt(m_doc, path, value);
+    return accepted();
+}
+
+Answer CameraModel::putExposure(const QString &, const QJsonValue &value, qint64)
+{
+    m_expClks = snapExposure(value.toInteger(), m_frClks);
+    return accepted();
+}
+
+Answer CameraModel::putFrClks(const QString &, const QJsonValue &value, qint64 nowNs)
+{
+    setFrClks(value.toInteger(), nowNs);
+    return accepted();
+}
+
+Answer CameraModel::putResolution(const QString &, const QJsonValue &value, qint64 nowNs)
+{
+    if (!valueAt(m_doc, QStringLiteral("acq/valid_res")).toArray().contains(value))
+        return refusal(400, QStringLiteral("no such resolution"));
+    if (m_recorder.state() == Recorder::Triggered)
+        return refusal(409, QStringLiteral("triggered"));
+    setResolution(value.toString(), nowNs);
+    return accepted();
+}
+
+Answer CameraModel::putTrigOffset(const QString &, const QJsonValue &value, qint64)
+{
+    if (m_recorder.state() == Recorder::Triggered)
+        return refusal(409, QStringLiteral("triggered"));
+    m_trigOffset = static_cast<int>(std::clamp<qint64>(value.toInteger(), 1, m_recorder.partitionFrames()));
+    return accepted();
+}
+
+Answer CameraModel::putPartitions(const QString &, const QJsonValue &value, qint64 nowNs)
+{
+    return partition({{"cnt", value}}, nowNs);
+}
+
+Answer CameraModel::putAcqMode(const QString &path, const QJsonValue &value, qint64 nowNs)
+{
+    m_recorder.setContinuous(value.toInt() == 1);
+    return putPlain(path, value, nowNs);
+}
+
+Answer CameraModel::putFsyncMode(const QString &path, const QJsonValue &value, qint64 nowNs)
+{
+    // Nothing is plugged in, so that every source but the camera's own lacks its signal.
+    setValueAt(m_doc, QStringLiteral("acq/fsync_state"), value.toInt() == 0 ? 0 : -1);
+    return putPlain(path, value, nowNs);
+}
+
+Answer CameraModel::putFstop(const QString &path, const QJsonValue &value, qint64 nowNs)
+{
+    if (!m_config.hasLens)
+        return refusal(409, QStringLiteral("no lens"));
+    const double widest = valueAt(m_doc, QStringLiteral("lens/fstop_max")).toDouble();
+    const double smallest = valueAt(m_doc, QStringLiteral("lens/fstop_min")).toDouble();
+    return putPlain(path, std::clamp(value.toDouble(), widest, smallest), nowNs);
+}
+
+Answer CameraModel::putTime(const QString &, const QJsonValue &value, qint64 nowNs)
+{
+    m_timeOffsetNs = parseTime(value).toSecsSinceEpoch() * nsPerSecond - nowNs;
+    return accepted();
+}
+
+Answer CameraModel::putVideoFormat(const QString &path, const QJsonValue &value, qint64 nowNs)
+{
+    if (!valueAt(m_doc, QStringLiteral("video/valid_format")).toArray().contains(value))
+        return refusal(400, QStringLiteral("no such format"));
+    return putPlain(path, value, nowNs);
+}
+
+Answer CameraModel::putLine(const QString &path, const QJsonValue &value, qint64 nowNs)
+{
+    const QStringList keys = path.split(u'/');
+    if (keys[2] == u"signal" && !lineAllowsSignal(keys[1], value.toString()))
+        return refusal(400, QStringLiteral("no such signal"));
+    // Modes are single bits.
+    if (const int mode = value.toInt(); keys[2] == u"mode" && (mode & (mode - 1)) != 0)
+        return refusal(400, QStringLiteral("no such mode"));
+    return putPlain(path, value, nowNs);
+}
+
+} // namespace q4sim

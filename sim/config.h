@@ -1,0 +1,59 @@
+#pragma once
+
+#include "sim/clock.h"
+
+#include <QHostAddress>
+#include <QStringList>
+
+#include <memory>
+
+namespace q4sim
+{
+
+/// Numbers of camera/cfa.
+enum Cfa { CfaMono = 0, CfaRGGB = 1, CfaGBRG = 2 };
+
+/// Names of the size headers of a frame reply: Img-Width and so on, or Fr-Width and so on.
+enum class HeaderFamily { Img, Fr };
+
+/// New firmware names itself by a text and has all features; old firmware by a number and has few.
+enum class Firmware { New, Old };
+
+/// Top-level object that holds year_offset.
+enum class YearOffsetPlace { Meta, Time };
+
+/// Everything that is decided before a camera is switched on.
+struct Config {
+    QHostAddress address = QHostAddress(QHostAddress::LocalHost);
+    quint16 port = 80;
+    bool discovery = true; ///< answers broadcasts on UDP port 8890
+
+    QString name = QStringLiteral("Simulated Q4");
+    QString serial = QStringLiteral("Q4-00001");
+    QString model = QStringLiteral("Q4");
+    int cfa = CfaRGGB;
+    QStringList resolutions; ///< "WxH"; empty: the list of the colour pattern. The first is set at start
+    HeaderFamily headerFamily = HeaderFamily::Img;
+    Firmware firmware = Firmware::New;
+    YearOffsetPlace yearOffsetPlace = YearOffsetPlace::Meta;
+    qint64 memoryBytes = 8LL << 30; ///< frame memory; frames are computed, so this costs nothing
+    double frameRate = 1000.0;      ///< frames per second at start
+    int partitions = 4;
+    int blackRefSlots = 8;
+    bool hasLens = true;
+    bool hasShutter = true;
+    bool hasSsd = true;
+    quint32 seed = 1;             ///< of the scene's noise
+    std::shared_ptr<Clock> clock; ///< none: the machine's
+};
+
+/// Resolutions a camera of this colour pattern offers by itself, largest first.
+QStringList defaultResolutions(int cfa);
+
+/// What is wrong with the configuration, in one sentence; empty if nothing.
+QString configError(const Config &config);
+
+/// Reads "WxH". False unless both are even decimals, 16 to 4096.
+bool parseResolution(const QString &text, int *width, int *height);
+
+} // namespace q4sim

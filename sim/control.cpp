@@ -1,0 +1,82 @@
+#include "sim/control.h"
+
+#include "sim/camera.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+
+namespace q4sim
+{
+
+namespace
+{
+
+QJsonObject requestToJson(const Request &request)
+{
+    QJsonObject headers;
+    for (const auto &[name, value] : request.headers)
+        headers[QString::fromLatin1(name)] = QString::fromLatin1(value);
+    return {{"method", QString::fromLatin1(request.method)},
+            {"path", request.path},
+            {"headers", headers},
+            {"body", QString::fromUtf8(request.body)},
+            {"time_ns", request.timeNs}};
+}
+
+Answer fault(Camera &camera, const Request &request)
+{
+    if (request.method == "DELETE") {
+        camera.clearFaults();
+        return jsonAnswer({});
+    }
+    QString error;
+    const auto order = readFault(QJsonDocument::fromJson(request.body).object(), &error);
+    if (!order)
+        return refusal(400, error);
+    camera.setFault(order->route, order->fault);
+    return jsonAnswer({});
+}
+
+Answer log(Camera &camera, const Request &request)
+{
+    if (request.method == "DELETE") {
+        camera.clearRequests();
+        return jsonAnswer({});
+    }
+    QJsonArray list;
+    const QList<Request> all = camera.requests();
+    for (const Request &received : all)
+        list.append(requestToJson(received));
+    return jsonAnswer({{"requests", list}});
+}
+
+Answer force(Camera &camera, const Request &request)
+{
+    const QJsonObject order = QJsonDocument::fromJson(request.body).object();
+    if (!order["path"].isString())
+        return refusal(400, QStringLiteral("\"path\" must be a text"));
+    camera.forceValue(order["path"].toString(), order.value(QStringLiteral("value")));
+    return jsonAnswer({});
+}
+
+} // namespace
+
+Answer control(Camera &camera, const Request &request)
+{
+    const bool write = request.method == "POST";
+    const bool read = request.method == "GET";
+    const bool clear = request.method == "DELETE";
+    if (request.path == u"/sim/fault" && (write || clear))
+        return fault(camera, request);
+    if (request.path == u"/sim/log" && (read || clear))
+        return log(camera, request);
+    if (request.path == u"/sim/force" && write)
+        return force(camera, request);
+    if (request.path == u"/sim/state" && read)
+        return jsonAnswer({{"status", camera.status()},
+                           {"requests", camera.requests().size()},
+                           {"frame", camera.liveFrame()}});
+    return refusal(404, QStringLiteral("no control %1").arg(request.path));
+}
+
+} // namespace q4sim

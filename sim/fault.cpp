@@ -1,0 +1,169 @@
+#include "sim/fault.h"
+
+#include "sim/value_table.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+
+#include <algorithm>
+#include <array>
+
+namespace q4sim
+{
+
+namespace
+{
+
+struct RouteName {
+    const char *name;
+    Route route;
+};
+constexpr std::array<RouteName, 6> routeNames = {{{"status", Route::Status},
+                                                  {"xfer", Route::Xfer},
+                                                  {"bref", Route::Bref},
+                                                  {"put", Route::Put},
+                                                  {"ssd-ls", Route::SsdLs},
+                                                  {"command", Route::Command}}};
+
+struct KindName {
+    const char *name;
+    FaultKind kind;
+};
+constexpr std::array<KindName, 13> kindNames = {{{"none", FaultKind::None},
+                                                 {"delay", FaultKind::Delay},
+                                                 {"drip", FaultKind::Drip},
+                                                 {"close-mid-body", FaultKind::CloseMidBody},
+                                                 {"short-body", FaultKind::ShortBody},
+                                                 {"lying-sizes", FaultKind::LyingSizes},
+                                                 {"http-500", FaultKind::Http500},
+                                                 {"invalid-json", FaultKind::InvalidJson},
+                                                 {"truncated-json", FaultKind::TruncatedJson},
+                                                 {"wrong-types", FaultKind::WrongTypes},
+                                                 {"missing-keys", FaultKind::MissingKeys},
+                                                 {"empty-reply", FaultKind::EmptyReply},
+                                                 {"no-answer", FaultKind::NoAnswer}}};
+
+QJsonValue wrongType(const QJsonValue &value)
+{
+    if (value.isDouble())
+        return QJsonValue(QStringLiteral("x"));
+    if (!value.isObject())
+        return QJsonValue(1);
+    QJsonObject object = value.toObject();
+    for (auto it = object.begin(); it != object.end(); ++it)
+        it.value() = wrongType(it.value());
+    return object;
+}
+
+void spoilTree(const Fault &fault, Answer *answer)
+{
+    QJsonObject tree = QJsonDocument::fromJson(answer->body).object();
+    const bool missing = fault.kind == FaultKind::MissingKeys;
+    if (fault.keys.isEmpty())
+        tree = missing ? QJsonObject() : wrongType(tree).toObject();
+    for (const QString &path : fault.keys)
+        setValueAt(tree, path, missing ? QJsonValue(QJsonValue::Undefined) : wrongType(valueAt(tree, path)));
+    answer->body = QJsonDocument(tree).toJson(QJsonDocument::Compact);
+}
+
+void cutBody(const Fault &fault, Answer *answer)
+{
+    const qint64 cut = fault.bytes > 0 ? fault.bytes : answer->body.size() / 2;
+    answer->body.chop(std::min<qint64>(cut, answer->body.size()));
+}
+
+void lie(const Fault &fault, Answer *answer)
+{
+    for (auto &[name, value] : answer->headers) {
+        if (fault.headers.isEmpty())
+            value = QByteArray::number(value.toLongLong() * 2);
+        for (const auto &[wanted, lied] : fault.headers) {
+            if (wanted.compare(name, Qt::CaseInsensitive) == 0)
+                value = lied;
+        }
+    }
+}
+
+} // namespace
+
+Route routeOf(const Request &request)
+{
+    if (request.method == "PUT")
+        return Route::Put;
+    if (request.method == "GET")
+        return Route::Status;
+    if (request.path == u"/xfer")
+        return Route::Xfer;
+    if (request.path == u"/bref")
+        return Route::Bref;
+    return request.path == u"/ssd-ls" ? Route::SsdLs : Route::Command;
+}
+
+bool hasNoEffect(FaultKind kind)
+{
+    return kind == FaultKind::Http500 || kind == FaultKind::NoAnswer;
+}
+
+void spoil(const Fault &fault, Answer *answer)
+{
+    switch (fault.kind) {
+    case FaultKind::Http500:
+        answer->status = 500;
+        answer->contentType = "application/json";
+        answer->headers.clear();
+        answer->body = R"({"error":"out of order"})";
+        break;
+    case FaultKind::InvalidJson:
+        answer->body = "this is {no} JSON";
+        break;
+    case FaultKind::EmptyReply:
+        answer->body.clear();
+        break;
+    case FaultKind::ShortBody:
+    case FaultKind::TruncatedJson:
+        cutBody(fault, answer);
+        break;
+    case FaultKind::WrongTypes:
+    case FaultKind::MissingKeys:
+        spoilTree(fault, answer);
+        break;
+    case FaultKind::LyingSizes:
+        lie(fault, answer);
+        break;
+    case FaultKind::None:
+    case FaultKind::Delay:
+    case FaultKind::Drip:
+    case FaultKind::CloseMidBody:
+    case FaultKind::NoAnswer:
+        break;
+    }
+}
+
+std::optional<FaultOrder> readFault(const QJsonObject &order, QString *error)
+{
+    const QString on = order["on"].toString();
+    const QString kind = order["kind"].toString();
+    const auto route = std::find_if(routeNames.begin(), routeNames.end(),
+                                    [&on](const RouteName &n) { return on == QLatin1StringView(n.name); });
+    const auto named = std::find_if(kindNames.begin(), kindNames.end(),
+                                    [&kind](const KindName &n) { return kind == QLatin1StringView(n.name); });
+    if (route == routeNames.end() || named == kindNames.end()) {
+        *error = route == routeNames.end() ? QStringLiteral("unknown \"on\": %1").arg(on)
+                                           : QStringLiteral("unknown \"kind\": %1").arg(kind);
+        return std::nullopt;
+    }
+    FaultOrder result = {route->route, {}};
+    result.fault.kind = named->kind;
+    result.fault.ms = order["ms"].toInt();
+    result.fault.bytes = order["bytes"].toInteger();
+    result.fault.count = order["count"].toInt(-1);
+    const QJsonArray keys = order["keys"].toArray();
+    for (const QJsonValue &key : keys)
+        result.fault.keys.append(key.toString());
+    const QJsonObject headers = order["headers"].toObject();
+    for (auto it = headers.begin(); it != headers.end(); ++it)
+        result.fault.headers.append({it.key().toLatin1(), it.value().toVariant().toString().toLatin1()});
+    return result;
+}
+
+} // namespace q4sim

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "sim/request.h"
+
+#include <QJsonObject>
+#include <QStringList>
+
+#include <optional>
+
+namespace q4sim
+{
+
+/// Kinds of requests that faults are set for.
+enum class Route { Status, Xfer, Bref, Put, SsdLs, Command };
+
+enum class FaultKind {
+    None,
+    Delay,         ///< answers after `ms`
+    Drip,          ///< sends `bytes` bytes (0: 1000) every `ms`
+    CloseMidBody,  ///< closes the connection after `bytes` bytes of the body (0: half of it)
+    ShortBody,     ///< cuts the last `bytes` bytes (0: half) off; Content-Length tells the truth
+    LyingSizes,    ///< `headers` in place of the true ones (empty: all sizes doubled)
+    Http500,       ///< refuses with 500 and the request has no effect
+    InvalidJson,   ///< a body that is no JSON
+    TruncatedJson, ///< the body without its last `bytes` bytes (0: half)
+    WrongTypes,    ///< numbers become texts, other values the number 1; at `keys` or everywhere
+    MissingKeys,   ///< without `keys` (empty: an empty object)
+    EmptyReply,    ///< 200 with an empty body
+    NoAnswer       ///< the connection stays open, nothing is sent and the request has no effect
+};
+
+struct Fault {
+    FaultKind kind = FaultKind::None;
+    int ms = 0;
+    qint64 bytes = 0;
+    int count = -1;        ///< requests that are spoilt before the fault ends; -1: until it is cleared
+    QStringList keys = {}; ///< paths such as "acq/exp_clks"
+    QList<QPair<QByteArray, QByteArray>> headers = {};
+};
+
+Route routeOf(const Request &request);
+
+/// Applies a fault that lies in status, headers or body; the others leave the answer alone.
+void spoil(const Fault &fault, Answer *answer);
+
+/// True when the camera does not carry out a request under this fault.
+bool hasNoEffect(FaultKind kind);
+
+/// Reads {"on":ROUTE,"kind":KIND} with the optional keys "ms", "bytes", "count", "keys" (array) and
+/// "headers" (object). ROUTE and KIND are the enumeration's names in lower case, words joined by "-".
+/// Sets `error` when it returns none.
+struct FaultOrder {
+    Route route;
+    Fault fault;
+};
+std::optional<FaultOrder> readFault(const QJsonObject &order, QString *error);
+
+} // namespace q4sim

@@ -1,0 +1,133 @@
+#include "sim/recorder.h"
+
+#include <algorithm>
+
+namespace q4sim
+{
+
+Recorder::Recorder(int partitions) : m_takes(static_cast<size_t>(partitions)) {}
+
+QList<int> Recorder::savedTakes() const
+{
+    QList<int> numbers;
+    for (int n = 1; n <= partitionCount(); ++n) {
+        if (take(n).saved)
+            numbers.append(n);
+    }
+    return numbers;
+}
+
+QList<int> Recorder::lockedTakes() const
+{
+    QList<int> numbers;
+    for (int n = 1; n <= partitionCount(); ++n) {
+        if (take(n).locked)
+            numbers.append(n);
+    }
+    return numbers;
+}
+
+void Recorder::setLocked(int number, bool locked)
+{
+    if (number >= 1 && number <= partitionCount())
+        m_takes[static_cast<size_t>(number - 1)].locked = locked;
+}
+
+qint64 Recorder::recordedFrames(qint64 nowFrame) const
+{
+    if (m_state == Standby)
+        return 0;
+    return std::clamp<qint64>(nowFrame - m_startFrame, 0, m_frames);
+}
+
+int Recorder::freePartition() const
+{
+    for (int n = 1; n <= partitionCount(); ++n) {
+        if (!take(n).saved)
+            return n;
+    }
+    return 0;
+}
+
+void Recorder::begin(int number, qint64 frame)
+{
+    m_active = number;
+    m_startFrame = frame;
+    m_state = number ? Recording : Standby;
+}
+
+bool Recorder::record(qint64 nowFrame)
+{
+    const int number = freePartition();
+    if (m_state != Standby || number == 0)
+        return false;
+    begin(number, nowFrame);
+    return true;
+}
+
+bool Recorder::trigger(qint64 nowFrame, int postFrames)
+{
+    if (m_state != Recording)
+        return false;
+    m_triggerFrame = nowFrame;
+    m_postFrames = postFrames;
+    m_state = Triggered;
+    return true;
+}
+
+bool Recorder::abort()
+{
+    if (m_state == Standby)
+        return false;
+    begin(0, 0);
+    return true;
+}
+
+bool Recorder::remove(int number)
+{
+    if (number == -1) {
+        for (Take &take : m_takes) {
+            if (!take.locked)
+                take = {};
+        }
+        return true;
+    }
+    if (number < 1 || number > partitionCount() || !take(number).saved || take(number).locked)
+        return false;
+    m_takes[static_cast<size_t>(number - 1)] = {};
+    return true;
+}
+
+bool Recorder::partition(int count, qint64 nowFrame)
+{
+    if (m_state == Triggered || !savedTakes().isEmpty() || count < 1)
+        return false;
+    m_takes.assign(static_cast<size_t>(count), {});
+    if (m_state == Recording)
+        begin(1, nowFrame);
+    return true;
+}
+
+void Recorder::setPartitionFrames(int frames, qint64 nowFrame)
+{
+    m_frames = frames;
+    if (m_state == Recording)
+        begin(m_active, nowFrame);
+}
+
+void Recorder::advance(qint64 nowFrame)
+{
+    const qint64 end = m_triggerFrame + m_postFrames;
+    if (m_state != Triggered || nowFrame < end)
+        return;
+    Take &take = m_takes[static_cast<size_t>(m_active - 1)];
+    take.saved = true;
+    take.partitionFrames = m_frames;
+    take.triggerFrame = m_triggerFrame;
+    // The ring has overwritten what is older than one partition before the end.
+    take.firstFrame = std::max(m_startFrame, end - m_frames) - m_triggerFrame;
+    take.lastFrame = m_postFrames - 1;
+    begin(m_continuous ? freePartition() : 0, end);
+}
+
+} // namespace q4sim

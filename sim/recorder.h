@@ -1,0 +1,75 @@
+#pragma once
+
+#include "sim/sensor_rules.h"
+
+#include <QList>
+
+#include <vector>
+
+namespace q4sim
+{
+
+/// The frame memory: its partitions, and what is recorded into them. Knows no network and no clock: every
+/// operation is given the time, and advance() carries out what happened until then.
+class Recorder
+{
+public:
+    /// Numbers of acq/state.
+    enum State { Standby = 1, Recording = 2, Triggered = 3 };
+
+    /// A finished recording. Frame 0 of a take is the one at the trigger.
+    struct Take {
+        bool saved = false;
+        bool locked = false;
+        int partitionFrames = 0;
+        qint64 triggerFrame = 0; ///< number of frame 0 on the camera's frame counter
+        qint64 firstFrame = 0;   ///< on the take's own scale, 0 or below
+        qint64 lastFrame = -1;
+        qint64 count() const { return lastFrame - firstFrame + 1; }
+    };
+
+    explicit Recorder(int partitions);
+
+    State state() const { return m_state; }
+    int activeTake() const { return m_active; } ///< 1 and up; 0 in standby
+    int partitionCount() const { return static_cast<int>(m_takes.size()); }
+    const Take &take(int number) const { return m_takes[static_cast<size_t>(number - 1)]; }
+    QList<int> savedTakes() const;
+    QList<int> lockedTakes() const;
+    void setLocked(int number, bool locked);
+
+    /// Frames in the active partition, at most its size; 0 in standby.
+    qint64 recordedFrames(qint64 nowFrame) const;
+
+    // Each returns false, and changes nothing, when the state does not allow it.
+    bool record(qint64 nowFrame);
+    bool trigger(qint64 nowFrame, int postFrames);
+    bool abort();
+    bool remove(int number); ///< -1: all that are not locked
+    bool partition(int count, qint64 nowFrame);
+
+    /// Size of the partitions that hold no take, from now on. A recording that runs begins anew.
+    void setPartitionFrames(int frames, qint64 nowFrame);
+    int partitionFrames() const { return m_frames; }
+
+    /// Goes on with the next free partition after a take, instead of to standby.
+    void setContinuous(bool on) { m_continuous = on; }
+
+    /// Ends a triggered recording whose last frame is complete.
+    void advance(qint64 nowFrame);
+
+private:
+    int freePartition() const;
+    void begin(int number, qint64 frame);
+
+    std::vector<Take> m_takes;
+    State m_state = Standby;
+    int m_active = 0;
+    int m_frames = 1;
+    bool m_continuous = false;
+    qint64 m_startFrame = 0;
+    qint64 m_triggerFrame = 0;
+    int m_postFrames = 0;
+};
+
+} // namespace q4sim
