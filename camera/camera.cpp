@@ -1,0 +1,170 @@
+#include "camera/camera.h"
+
+#include "app/vesk_app.h"
+#include "image/camera_img_adj_model.h"
+
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QTimer>
+
+using namespace std::chrono_literals;
+
+static constexpr auto PollInterval = 250ms;
+static constexpr auto PreviewInterval = 33ms;
+
+Camera::Camera(const QHostAddress &ip, QObject *parent) : VeskObject(CameraType, parent), m_ip(ip)
+{
+    createValues();
+    auto *model = new CameraImgAdjModel(this);
+    setImgAdjModel(model);
+    setVeskFrame(new VeskFrame(&model->data(), this));
+
+    m_pollTimer = new QTimer(this);
+    connect(m_pollTimer, &QTimer::timeout, this, [this] { pollCameraValues(false); });
+    m_previewTimer = new QTimer(this);
+    m_previewTimer->setTimerType(Qt::PreciseTimer);
+    connect(m_previewTimer, &QTimer::timeout, this, &Camera::requestFrame);
+
+    setObjectName(objectName() + QStringLiteral("-Camera"));
+}
+
+void Camera::createValues()
+{
+    struct ValueRow {
+        ValueIndex index;
+        const char *path;
+        const char *altPath;
+        int type;
+    };
+    static constexpr ValueRow rows[] = {
+#define VESK_VALUE_ROW(property, path, altPath, type) {ValueIndex::property, path, altPath, type},
+        VESK_CAMERA_VALUES(VESK_VALUE_ROW)
+#undef VESK_VALUE_ROW
+    };
+    for (const ValueRow &row : rows) {
+        auto *value = new CameraValue(QString::fromLatin1(row.path).split(QLatin1Char('/')), row.type, this,
+                                      nullptr, QString::fromLatin1(row.altPath).split(QLatin1Char('/')));
+        m_cameraValues[std::size_t(row.index)] = value;
+        appendValue(value);
+    }
+}
+
+int Camera::takesAvailable() const
+{
+    return prtnCntValue()->variant().toInt() - int(m_savedTakeIds.size());
+}
+
+QString Camera::settingsKey(const QString &key) const
+{
+    const QString serial = serialValue()->text();
+    return QStringLiteral("cameras/%1/%2").arg(serial.isEmpty() ? QStringLiteral("000000") : serial, key);
+}
+
+QVariant Camera::setting(const QString &key, const QVariant &defaultValue) const
+{
+    return VeskApp::instance()->setting(settingsKey(key), defaultValue);
+}
+
+QVariant Camera::setting(const QString &key) const
+{
+    return VeskApp::instance()->setting(settingsKey(key));
+}
+
+void Camera::setSetting(const QString &key, const QVariant &value)
+{
+    VeskApp::instance()->setSetting(settingsKey(key), value);
+}
+
+int Camera::getFrame(RawFrame *rawFrame)
+{
+    return getFrameXfer(rawFrame, m_ip, "{\"type\":3,\"src\":1}");
+}
+
+quint64 Camera::yearOffset() const
+{
+    return yearOffsetValue()->variant().toULongLong();
+}
+
+void Camera::connectCamera()
+{
+    pollCameraValues(true);
+}
+
+void Camera::disconnectCamera()
+{
+    qDebug() << Q_FUNC_INFO;
+    emit shouldBeUnselected();
+    setConnected(false);
+}
+
+void Camera::pollCameraValues(bool init)
+{
+    if (m_pollInProgress)
+        return;
+    QNetworkReply *reply = VeskApp::instance()->networkAccessManager()->get(
+        VeskApp::cameraRequest(m_ip, QString(), VeskApp::NoBody));
+    reply->setProperty("init", init);
+    m_pollInProgress = true;
+    connect(reply, &QNetworkReply::finished, this, &Camera::pollCameraValuesFinished);
+    connect(this, &QObject::destroyed, reply, &QObject::deleteLater);
+}
+
+void Camera::pollCameraValuesFinished()
+{
+    auto *reply = qobject_cast<QNetworkReply *>(sender());
+    QJsonDocument document;
+    const bool usable = readReply(reply, &document);
+    if (usable) {
+        const QJsonObject object = document.object();
+        updateValues(object);
+        updateTakes(object);
+        setConnected(true);
+    }
+    if (!document.isNull())
+        emit valuesPolled();
+    m_pollInProgress = false;
+    reply->deleteLater();
+}
+
+void Camera::updateTakes(const QJsonObject &document)
+{
+    const QJsonArray saved =
+        document.value(QLatin1StringView("acq")).toObject().value(QLatin1StringView("saved_takes")).toArray();
+    const int partitions = prtnCntValue()->variant().toInt();
+    m_savedTakeIds.clear();
+    for (const QJsonValue &take : saved) {
+        const int takeId = take.toInt();
+        if (takeId >= 1 && takeId <= partitions)
+            m_savedTakeIds.insert(takeId);
+    }
+}
+
+void Camera::setConnected(bool now)
+{
+    if (now == m_connected) {
+        if (!now)
+            emit cameraConnectFailed(this);
+        return;
+    }
+    m_connected = now;
+    emit connectedChanged();
+    if (now) {
+        startConnected();
+        return;
+    }
+    m_pollTimer->stop();
+    m_previewTimer->stop();
+    emit cameraDisconnected(this);
+}
+
+void Camera::startConnected()
+{
+    // The workstation sets the camera's clock at every connection.
+    timeValue()->setValue(QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyy-MM-dd hh:mm:ss")),
+                          false);
+    m_pollTimer->start(PollInterval);
+    m_previewTimer->start(PreviewInterval);
+    emit cameraConnected(this);
+}
