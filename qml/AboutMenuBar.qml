@@ -1,0 +1,20 @@
+import QtQuick.Controls
+import Vesk
+
+/** The menus while no source is selected. */
+MenuBar {
+    id: root
+
+    required property DialogLoader connectDialog
+
+    Menu {
+        title: qsTr("&File")
+
+        CameraConnectMenuItem {
+            connectDialog: root.connectDialog
+        }
+        MenuSeparator {}
+        ExitMenuItem {}
+    }
+    HelpMenu {}
+}

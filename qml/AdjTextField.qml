@@ -1,0 +1,53 @@
+import QtQuick
+import Vesk
+
+/**
+ * Number field over a value that it does not write itself: editingFinished hands over what was typed, and the
+ * field goes back to showing the value.
+ */
+Item {
+    id: root
+
+    required property string name
+    property real value: 0
+    property int decimals: 2
+    property alias validator: field.validator
+    property alias acceptableInput: field.acceptableInput
+    property alias text: field.text
+    property alias horizontalAlignment: field.horizontalAlignment
+
+    /** Acceptable input was entered. */
+    signal editingFinished(real number)
+
+    function finish() {
+        const number = Number(field.text);
+        field.focus = false;
+        if (!isNaN(number))
+            root.editingFinished(number);
+        field.text = Qt.binding(() => root.value.toFixed(root.decimals));
+    }
+
+    implicitWidth: field.implicitWidth
+    implicitHeight: field.implicitHeight
+
+    FlatTextField {
+        id: field
+
+        anchors.fill: parent
+        text: root.value.toFixed(root.decimals)
+        color: !root.enabled ? Theme.disabledTextColor : acceptableInput ? "white" : "red"
+        horizontalAlignment: TextInput.AlignHCenter
+        Accessible.name: root.name
+        onActiveFocusChanged: {
+            if (activeFocus)
+                selectAll();
+            else if (!acceptableInput)
+                text = Qt.binding(() => root.value.toFixed(root.decimals));
+        }
+        onEditingFinished: root.finish()
+        Keys.onEscapePressed: {
+            text = Qt.binding(() => root.value.toFixed(root.decimals));
+            focus = false;
+        }
+    }
+}

@@ -1,0 +1,8 @@
+import QtQuick
+import Vesk
+
+IconMenuItem {
+    text: qsTr("Exit")
+    iconText: "\uF4C7"
+    onTriggered: Qt.quit()
+}

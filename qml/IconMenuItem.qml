@@ -1,0 +1,50 @@
+import QtQuick
+import QtQuick.Controls
+import Vesk
+
+/** Menu item with a glyph of the icon font in front of its text. */
+MenuItem {
+    id: root
+
+    required property string iconText
+    readonly property color textColor: !enabled ? Theme.disabledTextColor
+                                                : highlighted || down ? palette.highlightedText : palette.text
+
+    spacing: 12
+    padding: 0
+
+    contentItem: Row {
+        spacing: root.spacing
+
+        Icon {
+            width: root.height
+            height: parent.height
+            text: root.iconText
+            color: root.textColor
+            font.pixelSize: 14
+        }
+        Text {
+            height: parent.height
+            text: root.text
+            font: root.font
+            color: root.textColor
+            verticalAlignment: Text.AlignVCenter
+            Accessible.ignored: true
+        }
+    }
+    background: Rectangle {
+        implicitWidth: 200
+        implicitHeight: 20
+        color: root.enabled ? root.palette.highlight : Theme.boxColor
+        visible: root.enabled ? root.down || root.highlighted : hover.hovered
+
+        HoverHandler {
+            id: hover
+
+            onHoveredChanged: {
+                if (hovered && !root.enabled && root.menu)
+                    root.menu.currentIndex = -1;
+            }
+        }
+    }
+}

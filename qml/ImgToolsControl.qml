@@ -1,0 +1,103 @@
+import QtQuick
+import Vesk
+
+/** Turning and flipping the picture, the overlays and the histogram. */
+ControlGrid {
+    id: root
+
+    required property VeskObject source
+    readonly property ImgAdjModel imgAdjModel: source.imgAdjModel
+    readonly property int rotation90: imgAdjModel.rotate ?? 0
+
+    function rotateTo(angle) {
+        root.imgAdjModel.rotate = root.rotation90 === angle ? 0 : angle;
+    }
+
+    ControlRow {
+        id: transformRow
+
+        label: qsTr("Transform")
+        rowHeight: 24
+
+        Row {
+            id: transformButtons
+
+            readonly property real buttonWidth: (width - 3 * spacing) / 4
+
+            anchors.horizontalCenter: parent.horizontalCenter
+            width: transformRow.widgetWidth
+            height: parent.height
+            spacing: 2
+
+            TransformButton {
+                width: transformButtons.buttonWidth
+                iconText: "\uF4D6"
+                name: qsTr("Flip horizontally")
+                active: !!root.imgAdjModel.flipH
+                onPressed: root.imgAdjModel.flipH = !root.imgAdjModel.flipH
+            }
+            TransformButton {
+                width: transformButtons.buttonWidth
+                iconText: "\uF4DA"
+                name: qsTr("Flip vertically")
+                active: !!root.imgAdjModel.flipV
+                onPressed: root.imgAdjModel.flipV = !root.imgAdjModel.flipV
+            }
+            TransformButton {
+                width: transformButtons.buttonWidth
+                iconText: "\uEB95"
+                name: qsTr("Rotate by 90 degrees")
+                active: root.rotation90 === 90
+                onPressed: root.rotateTo(90)
+            }
+            TransformButton {
+                width: transformButtons.buttonWidth
+                iconText: "\uEA3C"
+                name: qsTr("Rotate by 270 degrees")
+                active: root.rotation90 === 270
+                onPressed: root.rotateTo(270)
+            }
+        }
+    }
+    ControlRow {
+        rowHeight: 4
+    }
+    ControlRow {
+        label: qsTr("Focus Peaking")
+        rowHeight: Theme.buttonHeight
+
+        ControlComboBox {
+            model: [qsTr("Disabled"), qsTr("Low"), qsTr("Medium"), qsTr("High")]
+            currentIndex: root.imgAdjModel.focusPeak
+            Accessible.name: qsTr("Focus Peaking")
+            onActivated: index => root.imgAdjModel.focusPeak = index
+        }
+    }
+    ControlRow {
+        label: qsTr("Exposure Assist")
+        rowHeight: Theme.buttonHeight
+
+        ControlComboBox {
+            model: [qsTr("Disabled"), qsTr("Enabled")]
+            currentIndex: root.imgAdjModel.expAssist
+            Accessible.name: qsTr("Exposure Assist")
+            onActivated: index => root.imgAdjModel.expAssist = index
+        }
+    }
+    ControlRow {
+        rowHeight: 4
+    }
+    ControlRow {
+        label: qsTr("Histogram")
+        rowHeight: 64
+
+        HistogramControl {
+            anchors.horizontalCenter: parent.horizontalCenter
+            width: 128
+            height: 64
+            histogram: root.source.histogram
+            Accessible.role: Accessible.Graphic
+            Accessible.name: qsTr("Histogram")
+        }
+    }
+}

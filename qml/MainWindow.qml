@@ -1,0 +1,115 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+import Vesk
+
+/** The main window: menu bar, the view of the selected source, and the tabs at the right. */
+ApplicationWindow {
+    id: root
+
+    readonly property VeskObject selected: App.instance.selectedVeskObject
+    /** The camera of the view shown. It outlives the selection, so that a view on its way out still has it. */
+    property Camera shownCamera
+
+    function showSelected() {
+        menuArea.sourceComponent = undefined;
+        mainArea.sourceComponent = undefined;
+        const camera = root.selected as Camera;
+        if (camera)
+            root.shownCamera = camera;
+        menuArea.sourceComponent = camera ? cameraMenuBar : aboutMenuBar;
+        mainArea.sourceComponent = camera ? cameraView : aboutView;
+    }
+
+    /** A maximized or minimized window leaves a sane place behind for the time when it is neither. */
+    function storeGeometry() {
+        const maximized = root.visibility === Window.Maximized;
+        const normal = !maximized && root.visibility !== Window.Minimized;
+        const width = normal ? root.width : root.minimumWidth;
+        const height = normal ? root.height : root.minimumHeight;
+        App.instance.setSetting("window/maximized", maximized);
+        App.instance.setSetting("window/x", normal ? root.x : Math.round((Screen.width - width) / 2));
+        App.instance.setSetting("window/y", normal ? root.y : Math.round((Screen.height - height) / 2));
+        App.instance.setSetting("window/width", width);
+        App.instance.setSetting("window/height", height);
+    }
+
+    function restoreGeometry() {
+        root.width = App.instance.setting("window/width", root.minimumWidth);
+        root.height = App.instance.setting("window/height", root.minimumHeight);
+        root.x = App.instance.setting("window/x", Screen.width / 2 - root.width / 2);
+        root.y = App.instance.setting("window/y", Screen.height / 2 - root.height / 2);
+    }
+
+    title: "VESK"
+    width: minimumWidth
+    height: minimumHeight
+    minimumWidth: 1280
+    minimumHeight: 720
+    visibility: App.instance.setting("window/maximized", false) ? Window.Maximized : Window.Windowed
+    menuBar: Loader {
+        id: menuArea
+    }
+    Component.onCompleted: {
+        if (root.visibility !== Window.Maximized)
+            root.restoreGeometry();
+        root.showSelected();
+    }
+    onSelectedChanged: root.showSelected()
+    onClosing: root.storeGeometry()
+
+    RowLayout {
+        anchors.fill: parent
+        spacing: 0
+        Keys.forwardTo: [mainArea.item]
+
+        Loader {
+            id: mainArea
+
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+            onLoaded: (item as Item).forceActiveFocus()
+        }
+        VeskTabBar {
+            Layout.preferredWidth: 240
+            Layout.fillHeight: true
+            connectDialog: cameraConnect
+        }
+    }
+
+    DialogLoader {
+        id: cameraConnect
+
+        sourceComponent: CameraConnectDialog {}
+    }
+
+    Component {
+        id: aboutView
+
+        AboutView {}
+    }
+    Component {
+        id: cameraView
+
+        CameraControlView {
+            camera: root.shownCamera
+        }
+    }
+    Component {
+        id: aboutMenuBar
+
+        AboutMenuBar {
+            connectDialog: cameraConnect
+        }
+    }
+    Component {
+        id: cameraMenuBar
+
+        CameraMenuBar {
+            camera: root.shownCamera
+            connectDialog: cameraConnect
+        }
+    }
+}

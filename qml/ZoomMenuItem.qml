@@ -1,0 +1,9 @@
+import QtQuick.Controls
+
+/** Menu item that takes no room while it makes no sense. */
+MenuItem {
+    property bool shown: true
+
+    visible: shown
+    height: shown ? implicitHeight : 0
+}

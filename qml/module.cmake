@@ -1,0 +1,42 @@
+# The views as the QML module Vesk 1.0. Included from the top, because the module's generated files belong to
+# the directory of their target.
+set(vesk_singletons App Theme)
+set(vesk_views
+  AboutMenuBar AboutText AboutView AdjTextField AllTakesRecordedDialog BrefBanner BrefSlotsFullDialog
+  CameraAcqControl CameraConnectDialog CameraConnectMenuItem CameraControlBar CameraControlView
+  CameraDisconnectMenuItem CameraMainControl CameraMenuBar CameraNameEditDialog CameraTab CameraTabSsdRow
+  CollapsiblePane ColorAdjControl ColorAdjRow ControlBarBackground ControlBarEdge ControlComboBox
+  ControlGrid ControlRow ControlValueRow DialogButton DialogFooter DialogLoader DialogWindow ElidedLabel
+  ExitMenuItem FlatTextField HelpMenu IOSpinBox Icon IconButton IconMenuItem ImgFrameScrollBar ImgFrameView
+  ImgToolsControl LogSlider MainWindow PixelReadout RadioMenuItem RefusalDialog TransformButton
+  UnitsComboBox UnitsTextField VeskSpinBox VeskTabBar ZoomMenuItem)
+
+set(vesk_qml_files)
+foreach(view IN LISTS vesk_singletons vesk_views)
+  set(file ${CMAKE_CURRENT_LIST_DIR}/${view}.qml)
+  set_source_files_properties(${file} PROPERTIES QT_RESOURCE_ALIAS ${view}.qml)
+  if(view IN_LIST vesk_singletons)
+    set_source_files_properties(${file} PROPERTIES QT_QML_SINGLETON_TYPE TRUE)
+  endif()
+  list(APPEND vesk_qml_files ${file})
+endforeach()
+
+qt_add_qml_module(vesk-core
+  URI Vesk
+  VERSION 1.0
+  NO_PLUGIN
+  OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/Vesk
+  RESOURCE_PREFIX /qt/qml
+  DEPENDENCIES QtQuick
+  QML_FILES ${vesk_qml_files})
+# The registration includes the headers of the types by their bare names.
+target_include_directories(vesk-core PRIVATE
+  ${PROJECT_SOURCE_DIR}/app ${PROJECT_SOURCE_DIR}/camera ${PROJECT_SOURCE_DIR}/take ${PROJECT_SOURCE_DIR}/image)
+
+# The root document, which lies outside of the module: qrc:/main.qml.
+set_source_files_properties(${CMAKE_CURRENT_LIST_DIR}/main.qml PROPERTIES QT_RESOURCE_ALIAS main.qml)
+qt_target_qml_sources(vesk-core PREFIX / QML_FILES ${CMAKE_CURRENT_LIST_DIR}/main.qml)
+
+qt_add_resources(vesk-core vesk_controls_conf
+  PREFIX / BASE ${CMAKE_CURRENT_LIST_DIR}
+  FILES ${CMAKE_CURRENT_LIST_DIR}/qtquickcontrols2.conf)
