@@ -1,0 +1,132 @@
+# shellcheck shell=bash
+# shellcheck disable=SC2154 # `here` comes from the entry script
+usage() {
+    cat <<'HELP'
+usage: ./dev run [--seconds N] [--cameras N] [--real] [-- PROGRAM-ARGUMENT...]
+
+Sets up what is needed, builds, and starts the program together with simulated cameras on a private
+network. Without a display it starts a virtual one and writes a picture of the window every second to
+build/run/window.png.
+
+  --seconds N   end by itself after N seconds; the exit code is 0 if the program was still running
+  --cameras N   number of simulated cameras, 0 to 16 (default 2: one in colour, one monochrome with old
+                firmware)
+  --real        the machine's own network, no simulated camera, and your own settings. Without it the
+                settings lie in the cache folder.
+  -- ARGUMENTS  go to the program
+HELP
+}
+
+seconds=""
+cameras=2
+real=private
+program_arguments=()
+
+parse() {
+    while [ $# -gt 0 ]; do
+        case "$1" in
+        --seconds) seconds=${2:-none}; shift ;;
+        --seconds=*) seconds=${1#*=} ;;
+        --cameras) cameras=${2:-none}; shift ;;
+        --cameras=*) cameras=${1#*=} ;;
+        --real) real=real ;;
+        --) shift; program_arguments=("$@"); break ;;
+        *) bad_usage "'$1' is no option of it" ;;
+        esac
+        shift || break
+    done
+    [[ "$seconds" =~ ^([1-9][0-9]{0,5})?$ ]] || bad_usage "'$seconds' is no number of seconds"
+    [[ "$cameras" =~ ^([0-9]|1[0-6])$ ]] || bad_usage "'$cameras' is no number of cameras from 0 to 16"
+}
+
+network() { echo "$real"; }
+
+results=$here/build/run
+
+# Cameras take turns: colour with new firmware, monochrome with old firmware.
+start_cameras() {
+    local n flags
+    for ((n = 1; n <= cameras; n++)); do
+        if ((n % 2)); then flags=(--cfa rggb --firmware new); else flags=(--cfa mono --firmware old); fi
+        "$here/build/dev/sim/q4sim" --address "10.77.0.$((n + 1))" --name "Simulated $n" \
+            --serial "SIM-$n" --seed "$n" "${flags[@]}" >>"$results/q4sim.log" 2>&1 &
+        sims+=($!)
+    done
+    sleep 0.5
+    for n in ${sims[@]+"${sims[@]}"}; do
+        kill -0 "$n" 2>/dev/null || { tail -n 5 "$results/q4sim.log" >&2; die "a simulated camera did not start"; }
+    done
+}
+
+# A display that can be reached from here: on the private network only one with a socket in the file system.
+has_display() {
+    local number=${DISPLAY:-none}
+    case "$number" in
+    none) ;;
+    :* | unix:*)
+        number=${number#*:}
+        [ -S "/tmp/.X11-unix/X${number%%.*}" ] && return 0 ;;
+    *)
+        [ "$VESK_ENVIRONMENT" = real ] && return 0
+        say "the display $DISPLAY cannot be reached from the private network" ;;
+    esac
+    [ -n "${WAYLAND_DISPLAY:-}" ] && [ -S "${XDG_RUNTIME_DIR:-}/$WAYLAND_DISPLAY" ] || return 1
+    unset DISPLAY
+    export QT_QPA_PLATFORM=wayland
+}
+
+start_virtual_display() {
+    local tries
+    unset WAYLAND_DISPLAY XAUTHORITY
+    Xvfb -displayfd 3 -screen 0 1280x800x24+32 -nolisten tcp 3>"$results/display" 2>"$results/xvfb.log" &
+    for tries in {1..100}; do
+        [ ! -s "$results/display" ] || break
+        sleep 0.1
+    done
+    [ "$tries" -lt 100 ] || die "the virtual display did not start; see $results/xvfb.log"
+    DISPLAY=:$(cat "$results/display")
+    export DISPLAY QT_QPA_PLATFORM=xcb
+}
+
+take_pictures() {
+    while sleep 1; do
+        import -silent -window root "png:$results/window.png.part" 2>/dev/null &&
+            mv -f -- "$results/window.png.part" "$results/window.png"
+    done
+}
+
+# Waits for the end of the program, at most for the given time, and gives the exit code of the run.
+wait_for_program() {
+    local started=$SECONDS code=0
+    if [ -n "$seconds" ]; then
+        while [ $((SECONDS - started)) -lt "$seconds" ] && kill -0 "$program" 2>/dev/null; do sleep 0.2; done
+        if kill -0 "$program" 2>/dev/null; then
+            kill -TERM "$program"
+            wait "$program" || true
+            say "ended after $seconds s; the program was running"
+            return 0
+        fi
+    fi
+    wait "$program" || code=$?
+    [ "$code" -eq 0 ] || say "the program ended with code $code"
+    return "$code"
+}
+
+work() {
+    local code=0
+    sims=()
+    build dev
+    mkdir -p -- "$results"
+    rm -f -- "$results"/{window.png,window.png.part,display,q4sim.log}
+    [ "$VESK_ENVIRONMENT" = real ] || { start_cameras; mkdir -p "$VESK_CACHE/home"; export HOME=$VESK_CACHE/home; }
+    if ! has_display; then
+        start_virtual_display
+        take_pictures &
+        say "no display: a picture of the window is written every second to $results/window.png"
+    fi
+    "$here/build/dev/app/vesk" ${program_arguments[@]+"${program_arguments[@]}"} &
+    program=$!
+    trap 'kill -TERM "$program" 2>/dev/null; exit 143' TERM INT
+    wait_for_program || code=$?
+    exit "$code"
+}
