@@ -29,7 +29,7 @@ FocusScope {
             font.pixelSize: 14
             font.underline: true
             activeFocusOnTab: true
-            color: activeFocus ? palette.highlight : "dimgray"
+            color: activeFocus ? Theme.palette.highlight : "dimgray"
             Accessible.role: Accessible.Link
             Accessible.onPressAction: open()
             Keys.onSpacePressed: open()

@@ -6,7 +6,7 @@ Rectangle {
     implicitWidth: message.width + 12
     implicitHeight: 28
     color: Theme.boxColor
-    border.color: palette.highlight
+    border.color: Theme.palette.highlight
     border.width: 2
 
     Text {

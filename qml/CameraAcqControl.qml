@@ -45,19 +45,10 @@ ControlGrid {
     ControlRow {
         rowHeight: Theme.largeButtonHeight
 
-        Button {
-            id: brefButton
-
-            anchors.horizontalCenter: parent.horizontalCenter
-            width: parent.width - 10
-            height: parent.height
-            focusPolicy: Qt.TabFocus
+        ControlButton {
             text: qsTr("Black Reference")
             enabled: root.stbyOrRec && !(root.brefState & Camera.BrefInProgress)
-            onClicked: {
-                focus = false;
-                root.blackReference();
-            }
+            onClicked: root.blackReference()
         }
         Icon {
             anchors.right: parent.left
@@ -66,7 +57,7 @@ ControlGrid {
             visible: (root.brefState & Camera.BrefInvalid) !== 0
             text: "\uECA1"
             font.pixelSize: 20
-            color: palette.highlight
+            color: Theme.palette.highlight
             Accessible.ignored: false
             Accessible.role: Accessible.StaticText
             Accessible.name: qsTr("Black reference is invalid")
@@ -85,17 +76,11 @@ ControlGrid {
     ControlRow {
         rowHeight: Theme.largeButtonHeight
 
-        Button {
-            anchors.horizontalCenter: parent.horizontalCenter
-            width: parent.width - 10
-            height: parent.height
-            focusPolicy: Qt.TabFocus
+        ControlButton {
             text: root.recordTexts[root.acqState] ?? ""
             enabled: root.acqState >= 1 && root.acqState <= 3
             // On press: a high-speed event does not wait for the finger to come up.
             onPressed: root.recordTriggerOrAbort()
-            onReleased: focus = false
-            onCanceled: focus = false
         }
     }
     DialogLoader {

@@ -27,6 +27,7 @@ DialogWindow {
             Layout.fillWidth: true
             Layout.preferredHeight: 30
             focus: true
+            placeholderTextColor: Theme.disabledTextColor
             placeholderText: qsTr("IP Address")
             validator: RegularExpressionValidator {
                 regularExpression: /^(?:(?:25[0-5]|2[0-4][0-9]|[01]?[0-9][0-9]?)\.){3}(?:25[0-5]|2[0-4][0-9]|[01]?[0-9][0-9]?)$/
@@ -34,7 +35,7 @@ DialogWindow {
             Accessible.name: qsTr("IP Address")
             onAccepted: root.connectCamera()
         }
-        Button {
+        VeskButton {
             Layout.preferredWidth: 70
             Layout.preferredHeight: 30
             text: qsTr("Connect")

@@ -38,7 +38,7 @@ Item {
         width: root.width - 16
         height: 50
         color: Theme.boxColor
-        border.color: root.selected || activeFocus ? palette.highlight : Theme.edgeColor
+        border.color: root.selected || activeFocus ? Theme.palette.highlight : Theme.edgeColor
         border.width: 2
         activeFocusOnTab: true
         Accessible.role: Accessible.PageTab

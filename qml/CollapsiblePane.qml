@@ -41,7 +41,7 @@ Rectangle {
             width: parent.width
             height: 20
             color: Theme.boxColor
-            border.color: palette.highlight
+            border.color: Theme.palette.highlight
             border.width: activeFocus ? 1 : 0
             activeFocusOnTab: true
             Accessible.role: Accessible.Button

@@ -1,7 +1,6 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
-import QtQuick.Controls
 import Vesk
 
 /** White balance of a colour source. */
@@ -32,16 +31,9 @@ ControlGrid {
     ControlRow {
         rowHeight: Theme.buttonHeight
 
-        Button {
-            anchors.horizontalCenter: parent.horizontalCenter
-            width: parent.width - 10
-            height: parent.height
-            focusPolicy: Qt.TabFocus
+        ControlButton {
             text: qsTr("Auto White Balance")
-            onClicked: {
-                focus = false;
-                root.source.autoWhiteBalance();
-            }
+            onClicked: root.source.autoWhiteBalance()
         }
     }
 }

@@ -1,9 +1,9 @@
 import QtQuick
-import QtQuick.Controls
 import QtQuick.Layouts
+import Vesk
 
 /** A button of a dialog's footer; Return works like Space. */
-Button {
+VeskButton {
     id: root
 
     Layout.fillWidth: true

@@ -13,7 +13,7 @@ Rectangle {
     readonly property Camera camera: source as Camera
     readonly property bool brefInProgress: ((camera?.brefState.value ?? 0) & Camera.BrefInProgress) !== 0
 
-    color: palette.base
+    color: Theme.palette.base
     Keys.forwardTo: [frame]
 
     ImgFrameControl {

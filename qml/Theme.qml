@@ -1,15 +1,23 @@
 pragma Singleton
 
 import QtQuick
+import QtQuick.Controls
 
 /** Colours and sizes that more than one view uses. The palette proper is in qtquickcontrols2.conf. */
 QtObject {
+    id: root
+
+    /** The palette of the controls, for items that are no controls: these would see that of the desktop. */
+    readonly property Palette palette: root.control.palette
+    readonly property Control control: Control {}
+
     readonly property string iconFont: "remixicon"
 
     readonly property color boxColor: "#262626"
     readonly property color edgeColor: "#212121"
     readonly property color paneColor: "#323232"
     readonly property color disabledTextColor: "darkgray"
+    readonly property color dimButtonColor: "dimgray"
 
     readonly property int labelWidth: 120
     readonly property int valueWidth: 140

@@ -16,12 +16,12 @@ Item {
 
         width: 1
         height: parent.height
-        color: palette.base
+        color: Theme.palette.base
     }
     Rectangle {
         anchors.fill: parent
         anchors.leftMargin: rule.width
-        color: palette.window
+        color: Theme.palette.window
 
         RowLayout {
             id: buttons
@@ -34,12 +34,11 @@ Item {
             spacing: 10
             uniformCellSizes: true
 
-            Button {
+            VeskButton {
                 id: addButton
 
                 Layout.fillWidth: true
                 Layout.fillHeight: true
-                focusPolicy: Qt.TabFocus
                 text: "\uEA12"
                 font.family: Theme.iconFont
                 font.pixelSize: 18
@@ -47,10 +46,7 @@ Item {
                 ToolTip.visible: hovered && !addMenu.visible
                 ToolTip.delay: Application.styleHints.mousePressAndHoldInterval
                 ToolTip.text: qsTr("Add source")
-                onClicked: {
-                    focus = false;
-                    addMenu.popup(addButton, 0, addButton.height);
-                }
+                onClicked: addMenu.popup(addButton, 0, addButton.height)
 
                 Menu {
                     id: addMenu

@@ -5,11 +5,11 @@ set(vesk_views
   AboutMenuBar AboutText AboutView AdjTextField AllTakesRecordedDialog BrefBanner BrefSlotsFullDialog
   CameraAcqControl CameraConnectDialog CameraConnectMenuItem CameraControlBar CameraControlView
   CameraDisconnectMenuItem CameraMainControl CameraMenuBar CameraNameEditDialog CameraTab CameraTabSsdRow
-  CollapsiblePane ColorAdjControl ColorAdjRow ControlBarBackground ControlBarEdge ControlComboBox
+  CollapsiblePane ColorAdjControl ColorAdjRow ControlBarBackground ControlBarEdge ControlButton ControlComboBox
   ControlGrid ControlRow ControlValueRow DialogButton DialogFooter DialogLoader DialogWindow ElidedLabel
   ExitMenuItem FlatTextField HelpMenu IOSpinBox Icon IconButton IconMenuItem ImgFrameScrollBar ImgFrameView
   ImgToolsControl LogSlider MainWindow PixelReadout RadioMenuItem RefusalDialog TransformButton
-  UnitsComboBox UnitsTextField VeskSpinBox VeskTabBar ZoomMenuItem)
+  UnitsComboBox UnitsTextField VeskButton VeskSpinBox VeskTabBar ZoomMenuItem)
 
 set(vesk_qml_files)
 foreach(view IN LISTS vesk_singletons vesk_views)
