@@ -85,11 +85,7 @@ QJsonObject CameraModel::status(qint64 nowNs)
     advance(nowNs);
     QJsonObject doc = m_doc;
     doc["acq"] = acquisition(nowNs);
-    const Recorder::Take &first = m_recorder.take(1);
-    doc["takes"] = QJsonObject{
-        {"take1",
-         QJsonObject{{"prtn_fr_cnt", first.saved ? first.partitionFrames : m_recorder.partitionFrames()},
-                     {"prtn_pt_cnt", m_trigOffset}}}};
+    doc["takes"] = QJsonObject{{"take1", take(1, nowNs)}};
     if (m_config.hasLens)
         setValueAt(doc, QStringLiteral("lens/focus_dist"), m_lens.distance(nowNs));
     doc["shtr"] = QJsonObject{{"state", m_shutter.state(nowNs)}};
@@ -122,6 +118,22 @@ QJsonObject CameraModel::acquisition(qint64 nowNs) const
     acq["saved_takes"] = numbers(m_recorder.savedTakes());
     acq["locked_takes"] = numbers(m_recorder.lockedTakes());
     return acq;
+}
+
+QJsonObject CameraModel::take(int number, qint64 nowNs) const
+{
+    const Recorder::Take &take = m_recorder.take(number);
+    if (take.saved)
+        return {{"prtn_fr_cnt", take.partitionFrames},
+                {"prtn_pt_cnt", take.lastFrame + 1},
+                {"first_fr", take.firstFrame},
+                {"last_fr", take.lastFrame},
+                {"fr_cnt", take.count()},
+                {"pt_fr_cnt", take.lastFrame + 1}};
+    const bool active = m_recorder.activeTake() == number;
+    return {{"prtn_fr_cnt", m_recorder.partitionFrames()},
+            {"prtn_pt_cnt", m_trigOffset},
+            {"fr_cnt", active ? m_recorder.recordedFrames(m_frameClock.frameAt(nowNs)) : 0}};
 }
 
 QJsonObject CameraModel::drive(qint64 nowNs) const

@@ -43,6 +43,7 @@ private:
 
     void advance(qint64 nowNs);
     QJsonObject acquisition(qint64 nowNs) const;
+    QJsonObject take(int number, qint64 nowNs) const;
     QJsonObject drive(qint64 nowNs) const;
     void setResolution(const QString &res, qint64 nowNs);
     void setFrClks(qint64 wanted, qint64 nowNs);

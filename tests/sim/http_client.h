@@ -15,7 +15,8 @@ struct Reply {
     QNetworkReply::NetworkError error = QNetworkReply::NoError;
     QList<QNetworkReply::RawHeaderPair> headers;
 
-    QJsonObject json() const { return QJsonDocument::fromJson(body).object(); }
+    // Const, so that json()["a"]["b"] reads and does not insert.
+    const QJsonObject json() const { return QJsonDocument::fromJson(body).object(); }
     QByteArray header(const QByteArray &name) const
     {
         for (const auto &[key, value] : headers) {

@@ -1,0 +1,148 @@
+#include "sim/options.h"
+
+#include <array>
+#include <limits>
+#include <optional>
+
+namespace q4sim
+{
+
+namespace
+{
+
+struct Option {
+    const char *name;
+    const char *value; ///< empty: a switch
+    const char *initial;
+    const char *help;
+};
+
+constexpr std::array options = {
+    Option{"address", "ip", "127.0.0.1", "Address to answer on; give it again for one more camera."},
+    Option{"port", "number", "80", "TCP port."},
+    Option{"no-discovery", "", "", "Do not answer broadcasts."},
+    Option{"name", "text", "Simulated Q4", "Name; further cameras get a number behind it."},
+    Option{"serial", "text", "Q4-00001", "Serial; further cameras get a number behind it."},
+    Option{"pattern", "mono|rggb|gbrg", "rggb", "Colour pattern of the sensor."},
+    Option{"resolutions", "list", "", "Resolutions such as 640x480,320x240; the first is set at start."},
+    Option{"firmware", "new|old", "new",
+           "Old firmware has a number, few features, fr headers and time/year_offset."},
+    Option{"headers", "img|fr", "", "Family of the frame headers."},
+    Option{"year-offset", "meta|time", "", "Object that holds year_offset."},
+    Option{"memory", "MiB", "8192", "Frame memory."},
+    Option{"partitions", "count", "4", "Partitions at start."},
+    Option{"frame-rate", "fps", "1000", "Frame rate at start."},
+    Option{"black-refs", "count", "8", "Black references that can be taken."},
+    Option{"no-lens", "", "", "No lens is mounted."},
+    Option{"no-shutter", "", "", "The camera has no shutter."},
+    Option{"no-ssd", "", "", "No drive is inserted."},
+    Option{"seed", "number", "1", "Seed of the noise."},
+};
+
+// Position of a word in a list separated by "|"; -1 when it is not there.
+int choice(const QString &word, const char *words)
+{
+    return static_cast<int>(QString::fromLatin1(words).split(u'|').indexOf(word));
+}
+
+class Reader
+{
+public:
+    Reader(const QCommandLineParser &parser, QString *error) : m_parser(parser), m_error(error) {}
+
+    qint64 number(const char *name, qint64 min, qint64 max)
+    {
+        bool good = false;
+        const qint64 value = text(name).toLongLong(&good);
+        if (!good || value < min || value > max)
+            fail(QStringLiteral("--%1 must be %2 to %3").arg(QLatin1StringView(name)).arg(min).arg(max));
+        return value;
+    }
+
+    int word(const char *name, const char *words)
+    {
+        const int index = choice(text(name), words);
+        if (index < 0)
+            fail(QStringLiteral("--%1 must be one of %2")
+                     .arg(QLatin1StringView(name), QLatin1StringView(words)));
+        return index;
+    }
+
+    double real(const char *name)
+    {
+        bool good = false;
+        const double value = text(name).toDouble(&good);
+        if (!good)
+            fail(QStringLiteral("--%1 must be a number").arg(QLatin1StringView(name)));
+        return value;
+    }
+
+    QString text(const char *name) const { return m_parser.value(QString::fromLatin1(name)); }
+    bool isSet(const char *name) const { return m_parser.isSet(QString::fromLatin1(name)); }
+
+private:
+    void fail(const QString &text)
+    {
+        if (m_error->isEmpty())
+            *m_error = text;
+    }
+
+    const QCommandLineParser &m_parser;
+    QString *m_error;
+};
+
+Config readCommon(Reader &reader)
+{
+    Config config;
+    config.port = static_cast<quint16>(reader.number("port", 1, 65535));
+    config.discovery = !reader.isSet("no-discovery");
+    config.cfa = reader.word("pattern", "mono|rggb|gbrg");
+    config.resolutions = reader.text("resolutions").split(u',', Qt::SkipEmptyParts);
+    const bool old = reader.word("firmware", "new|old") == 1;
+    config.firmware = old ? Firmware::Old : Firmware::New;
+    const bool fr = reader.isSet("headers") ? reader.word("headers", "img|fr") == 1 : old;
+    config.headerFamily = fr ? HeaderFamily::Fr : HeaderFamily::Img;
+    const bool inTime = reader.isSet("year-offset") ? reader.word("year-offset", "meta|time") == 1 : old;
+    config.yearOffsetPlace = inTime ? YearOffsetPlace::Time : YearOffsetPlace::Meta;
+    config.memoryBytes = reader.number("memory", 1, 1 << 20) << 20;
+    config.partitions = static_cast<int>(reader.number("partitions", 1, 1024));
+    config.frameRate = reader.real("frame-rate");
+    config.blackRefSlots = static_cast<int>(reader.number("black-refs", 0, 1000000));
+    config.hasLens = !reader.isSet("no-lens");
+    config.hasShutter = !reader.isSet("no-shutter");
+    config.hasSsd = !reader.isSet("no-ssd");
+    config.seed = static_cast<quint32>(reader.number("seed", 0, std::numeric_limits<quint32>::max()));
+    return config;
+}
+
+} // namespace
+
+void addOptions(QCommandLineParser &parser)
+{
+    for (const Option &option : options) {
+        parser.addOption({QString::fromLatin1(option.name), QString::fromLatin1(option.help),
+                          QString::fromLatin1(option.value), QString::fromLatin1(option.initial)});
+    }
+}
+
+QList<Config> readOptions(const QCommandLineParser &parser, QString *error)
+{
+    error->clear();
+    Reader reader(parser, error);
+    Config config = readCommon(reader);
+    if (error->isEmpty())
+        *error = configError(config);
+    QList<Config> configs;
+    const QStringList addresses = parser.values(QStringLiteral("address"));
+    for (const QString &address : addresses) {
+        if (!config.address.setAddress(address) && error->isEmpty())
+            *error = QStringLiteral("\"%1\" is no address").arg(address);
+        const QString suffix = configs.isEmpty() ? QString() : QStringLiteral(" %1").arg(configs.size() + 1);
+        config.name = reader.text("name") + suffix;
+        config.serial = reader.text("serial") + QString(suffix).replace(u' ', u'-');
+        configs.append(config);
+    }
+    return error->isEmpty() ? configs : QList<Config>();
+}
+
+} // namespace q4sim
