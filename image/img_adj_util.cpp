@@ -56,8 +56,8 @@ std::array<cv::Mat, 3> siteMasks(const cv::Mat &pattern)
 
 cv::Mat cropped(const cv::Mat &image, const QRect &crop)
 {
-    const bool hasSize = crop.width() != 0 && crop.height() != 0;
-    if (!hasSize || !QRect(0, 0, image.cols, image.rows).contains(crop, false))
+    // QRect::contains would turn a rectangle of negative size around.
+    if (crop.isEmpty() || !QRect(0, 0, image.cols, image.rows).contains(crop, false))
         return image;
     return image(cv::Rect(crop.x(), crop.y(), crop.width(), crop.height()));
 }
