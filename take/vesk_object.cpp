@@ -8,6 +8,7 @@
 
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
+#include <QPointer>
 #include <QRandomGenerator>
 
 VeskObject::VeskObject(Type type, QObject *parent)
@@ -135,7 +136,7 @@ int VeskObject::getFrameXfer(RawFrame *rawFrame, const QHostAddress &address, co
         return -1;
     QNetworkReply *reply = VeskApp::instance()->networkAccessManager()->post(
         VeskApp::cameraRequest(address, QStringLiteral("/xfer"), VeskApp::JsonBody), body);
-    reply->setProperty("rawFrame", QVariant::fromValue(rawFrame));
+    reply->setProperty("rawFrame", QVariant::fromValue(QPointer(rawFrame)));
     connect(reply, &QNetworkReply::finished, this, &VeskObject::getFrameXferFinished);
     connect(this, &QObject::destroyed, reply, &QObject::deleteLater);
     return 0;
@@ -144,12 +145,14 @@ int VeskObject::getFrameXfer(RawFrame *rawFrame, const QHostAddress &address, co
 void VeskObject::getFrameXferFinished()
 {
     auto *reply = qobject_cast<QNetworkReply *>(sender());
-    auto *rawFrame = reply->property("rawFrame").value<RawFrame *>();
+    const auto rawFrame = reply->property("rawFrame").value<QPointer<RawFrame>>();
+    reply->deleteLater();
+    if (!rawFrame)
+        return;
     const QByteArray body = reply->readAll();
     if (reply->error() != QNetworkReply::NoError) {
         qDebug() << "getFrameXferFinished error";
         emit rawFrame->initError();
-        reply->deleteLater();
         return;
     }
     const QByteArray family = reply->hasRawHeader("Img-Width") ? "Img-" : "Fr-";
@@ -157,5 +160,4 @@ void VeskObject::getFrameXferFinished()
                    reply->rawHeader(family + "Height").toUShort(),
                    reply->rawHeader(family + "Size").toUInt(), reply->rawHeader("Meta-Size").toUInt(),
                    yearOffset());
-    reply->deleteLater();
 }

@@ -1,0 +1,153 @@
+#include "camera/camera.h"
+#include "take/raw_frame.h"
+#include "tests/support/http_recorder.h"
+#include "tests/support/vesk_test_main.h"
+
+#include <QSignalSpy>
+#include <memory>
+
+/** One frame over the wire: what is asked, and how headers and body are read. */
+class TestFrameTransfer : public QObject
+{
+    Q_OBJECT
+
+private:
+    using Headers = QList<QPair<QByteArray, QByteArray>>;
+
+    void answerWith(const QByteArray &body, const Headers &headers)
+    {
+        QHttpHeaders all;
+        for (const auto &[name, value] : headers)
+            all.append(name, value);
+        m_server->setAnswer([body, all](const auto &) { return HttpRecorder::Reply{body, all}; });
+    }
+
+    std::unique_ptr<HttpRecorder> m_server;
+    std::unique_ptr<Camera> m_camera;
+
+private slots:
+    void init()
+    {
+        m_server = std::make_unique<HttpRecorder>("127.0.2.5");
+        QVERIFY(m_server->isListening());
+        m_camera = std::make_unique<Camera>(QHostAddress("127.0.2.5"), nullptr);
+        m_camera->yearOffsetValue()->setValueFromJson(1735689600);
+    }
+
+    void cleanup()
+    {
+        m_camera.reset();
+        m_server.reset();
+    }
+
+    void headersOfOneFamilyAreRead_data()
+    {
+        QTest::addColumn<Headers>("headers");
+        QTest::addColumn<int>("width");
+        QTest::addColumn<int>("height");
+        QTest::addColumn<quint32>("imgSize");
+        QTest::addColumn<quint32>("metaSize");
+        QTest::newRow("newer") << Headers{{"Img-Width", "4"}, {"Img-Height", "2"}, {"Img-Size", "8"},
+                                          {"Meta-Size", "16"}}
+                               << 4 << 2 << 8U << 16U;
+        QTest::newRow("older") << Headers{{"Fr-Width", "6"}, {"Fr-Height", "3"}, {"Fr-Size", "18"},
+                                          {"Meta-Size", "8"}}
+                               << 6 << 3 << 18U << 8U;
+        QTest::newRow("newer beside older")
+            << Headers{{"Img-Width", "4"}, {"Img-Height", "2"}, {"Img-Size", "8"}, {"Fr-Width", "6"},
+                       {"Fr-Height", "3"}, {"Fr-Size", "18"}, {"Meta-Size", "16"}}
+            << 4 << 2 << 8U << 16U;
+        QTest::newRow("newer without width reads the older")
+            << Headers{{"Img-Height", "2"}, {"Img-Size", "8"}, {"Fr-Width", "6"}} << 6 << 0 << 0U << 0U;
+        QTest::newRow("none") << Headers{} << 0 << 0 << 0U << 0U;
+    }
+
+    void headersOfOneFamilyAreRead()
+    {
+        QFETCH(Headers, headers);
+        answerWith("0123456789abcdef", headers);
+        RawFrame frame;
+        QSignalSpy finished(&frame, &RawFrame::initFinished);
+        QCOMPARE(m_camera->getFrame(&frame), 0);
+        QTRY_COMPARE(finished.count(), 1);
+        QTEST(int(frame.width()), "width");
+        QTEST(int(frame.height()), "height");
+        QTEST(frame.imgSize(), "imgSize");
+        QTEST(frame.metaSize(), "metaSize");
+        QCOMPARE(frame.data(), "0123456789abcdef");
+        QCOMPARE(frame.yearOffset(), 1735689600ULL);
+    }
+
+    void liveRequestHasNoMoreThanTypeAndSource()
+    {
+        RawFrame frame;
+        QCOMPARE(m_camera->getFrame(&frame), 0);
+        QTRY_COMPARE(m_server->requests().size(), 1);
+        const HttpRecorder::Request request = m_server->requests()[0];
+        QCOMPARE(request.method, "POST");
+        QCOMPARE(request.path, "/xfer");
+        QCOMPARE(request.body, "{\"type\":3,\"src\":1}");
+        QCOMPARE(request.headers.value("User-Agent"), "Vesk 1.0");
+        QCOMPARE(request.headers.value("Content-Type"), "application/json");
+        QSignalSpy finished(&frame, &RawFrame::initFinished);
+        QTRY_COMPARE(finished.count(), 1);
+    }
+
+    void noFrameToFillSendsNothing()
+    {
+        QCOMPARE(m_camera->getFrame(nullptr), -1);
+        QTest::qWait(50);
+        QCOMPARE(m_server->requests().size(), 0);
+    }
+
+    void errorReplyFailsTheFrame()
+    {
+        m_server->setAnswer([](const auto &) {
+            return HttpRecorder::Reply{"x", {}, QHttpServerResponder::StatusCode::NotFound};
+        });
+        RawFrame frame;
+        QSignalSpy failed(&frame, &RawFrame::initError);
+        QSignalSpy finished(&frame, &RawFrame::initFinished);
+        QTest::ignoreMessage(QtDebugMsg, "getFrameXferFinished error");
+        m_camera->getFrame(&frame);
+        QTRY_COMPARE(failed.count(), 1);
+        QCOMPARE(finished.count(), 0);
+    }
+
+    void unreadBitsOfTheTimeAreMaskedOff_data()
+    {
+        QTest::addColumn<QByteArray>("meta");
+        QTest::addColumn<int>("metaSize");
+        QTest::newRow("clear") << QByteArray::fromHex("0500000007000000") << 8;
+        QTest::newRow("set") << QByteArray::fromHex("050000fe070000c0") << 8;
+        QTest::newRow("no metadata") << QByteArray::fromHex("050000fe070000c0") << 0;
+    }
+
+    void unreadBitsOfTheTimeAreMaskedOff()
+    {
+        QFETCH(QByteArray, meta);
+        QFETCH(int, metaSize);
+        answerWith(meta + QByteArray(8, '\x10'), {{"Img-Width", "4"}, {"Img-Height", "2"}, {"Img-Size", "8"},
+                                                   {"Meta-Size", QByteArray::number(metaSize)}});
+        m_camera->setSelected(true);
+        QCOMPARE(m_camera->requestFrame(), 0);
+        QTRY_COMPARE(m_camera->timestamp(), "2025-01-01T00:00:05.000000007Z");
+        const quint16 firstPixel = metaSize == 0 ? 5 : 16;
+        QCOMPARE(m_camera->veskFrame()->raw()[0], quint16(qRound(firstPixel * 65535.0 / 511.0)));
+    }
+
+    void frameThatIsGoneBeforeItsReplyIsLeftAlone()
+    {
+        m_server->setHold([](const auto &) { return true; });
+        auto frame = std::make_unique<RawFrame>();
+        m_camera->getFrame(frame.get());
+        QTRY_COMPARE(m_server->heldCount(), 1);
+        frame.reset();
+        m_server->release();
+        QTest::qWait(50);
+        QVERIFY(m_camera->timestamp().isEmpty());
+    }
+};
+
+VESK_TEST_MAIN(TestFrameTransfer)
+#include "tst_frame_transfer.moc"
