@@ -19,12 +19,19 @@ Item {
     /** Acceptable input was entered. */
     signal editingFinished(real number)
 
-    function finish() {
-        const number = Number(field.text);
-        field.focus = false;
-        if (!isNaN(number))
-            root.editingFinished(number);
+    function showValue() {
         field.text = Qt.binding(() => root.value.toFixed(root.decimals));
+    }
+
+    function finish() {
+        const typed = field.text;
+        const edited = typed !== root.value.toFixed(root.decimals);
+        const number = Number(typed);
+        // Before the focus goes: losing it would finish the same edit once more.
+        root.showValue();
+        field.focus = false;
+        if (edited && !isNaN(number))
+            root.editingFinished(number);
     }
 
     implicitWidth: field.implicitWidth
@@ -42,11 +49,11 @@ Item {
             if (activeFocus)
                 selectAll();
             else if (!acceptableInput)
-                text = Qt.binding(() => root.value.toFixed(root.decimals));
+                root.showValue();
         }
         onEditingFinished: root.finish()
         Keys.onEscapePressed: {
-            text = Qt.binding(() => root.value.toFixed(root.decimals));
+            root.showValue();
             focus = false;
         }
     }

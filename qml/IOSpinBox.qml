@@ -43,11 +43,11 @@ VeskSpinBox {
     /** Clocks of a typed text, limited to the range; the present value when there is no number in it. */
     function clocksOf(text) {
         const match = text.trim().match(/^([\d.,]+)\s*(clk|clks|ns|us|µs|ms)$/);
-        if (match)
-            root.units = root.unitOfSuffix[match[2]];
         const number = Number((match ? match[1] : text).replace(/,/g, ""));
         if (text.trim() === "" || isNaN(number))
             return root.value;
+        if (match)
+            root.units = root.unitOfSuffix[match[2]];
         const perSecond = root.unitTable[root.units].perSecond;
         const clocks = root.units === IOSpinBox.Clocks ? number : number * root.clkFreq / perSecond;
         return Math.max(root.from, Math.min(root.to, Math.round(clocks)));
@@ -78,6 +78,7 @@ VeskSpinBox {
     }
     Menu {
         id: unitsMenu
+        objectName: "unitsMenu"
 
         width: 120
 

@@ -10,6 +10,9 @@ MenuItem {
     readonly property color textColor: !enabled ? Theme.disabledTextColor
                                                 : highlighted || down ? palette.highlightedText : palette.text
 
+    readonly property bool underPointer: !enabled && hover.hovered && visible
+        && root.contains(root.mapFromItem(hover.parent, hover.point.position))
+
     spacing: 12
     padding: 0
 
@@ -36,15 +39,18 @@ MenuItem {
         implicitWidth: 200
         implicitHeight: 20
         color: root.enabled ? root.palette.highlight : Theme.boxColor
-        visible: root.enabled ? root.down || root.highlighted : hover.hovered
+        visible: root.enabled ? root.down || root.highlighted : root.underPointer
+    }
+    onUnderPointerChanged: {
+        if (root.underPointer)
+            root.menu.currentIndex = -1;
+    }
 
-        HoverHandler {
-            id: hover
+    // On the list, because a disabled item and everything in it are told of no pointer.
+    HoverHandler {
+        id: hover
 
-            onHoveredChanged: {
-                if (hovered && !root.enabled && root.menu)
-                    root.menu.currentIndex = -1;
-            }
-        }
+        parent: root.menu?.contentItem ?? root
+        enabled: !root.enabled
     }
 }
