@@ -27,8 +27,10 @@ void ImgFrameControl::setImgFrame(ImgFrame *imgFrame)
     if (m_imgFrame)
         disconnect(m_imgFrame, nullptr, this, nullptr);
     m_imgFrame = imgFrame;
-    if (m_imgFrame)
+    if (m_imgFrame) {
         connect(m_imgFrame, &ImgFrame::dataChanged, this, &ImgFrameControl::updateInternal);
+        connect(m_imgFrame, &QObject::destroyed, this, &ImgFrameControl::updateInternal);
+    }
     emit imgFrameChanged();
     updateInternal();
 }
