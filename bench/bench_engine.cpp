@@ -133,8 +133,8 @@ void histogramPlain(benchmark::State &state, FrameMaker make)
         benchmark::DoNotOptimize(sequence.histogram(images[i++ % FrameCount], 640, 480, 128, 64, 256));
 }
 
-void registerPair(const char *name, void (*run)(benchmark::State &, FrameMaker, int, int, int), FrameMaker make,
-                  int width, int height, int cfa)
+void registerPair(const char *name, void (*run)(benchmark::State &, FrameMaker, int, int, int),
+                  FrameMaker make, int width, int height, int cfa)
 {
     benchmark::RegisterBenchmark(name, [=](benchmark::State &state) { run(state, make, width, height, cfa); })
         ->UseRealTime()
@@ -177,8 +177,8 @@ int main(int argc, char *argv[])
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;
     int appArgc = 1;
-    VeskApp app(appArgc, argv, QStringLiteral("VESK"), QStringLiteral("10.0"), QStringLiteral("morvane.example"),
-                QStringLiteral("Morvane"));
+    VeskApp app(appArgc, argv, QStringLiteral("VESK"), QStringLiteral("10.0"),
+                QStringLiteral("morvane.example"), QStringLiteral("Morvane"));
     app.stopBroadcast();
     registerAll();
     benchmark::RunSpecifiedBenchmarks();

@@ -4,7 +4,8 @@
 
 class Camera;
 
-/** The adjustment of a camera: the camera keeps the values, so that they follow its polls and are sent to it. */
+/** The adjustment of a camera: the camera keeps the values, so that they follow its polls and are sent to it.
+ */
 class CameraImgAdjModel : public ImgAdjModel
 {
     Q_OBJECT

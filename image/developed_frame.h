@@ -3,7 +3,8 @@
 #include <QImage>
 #include <QList>
 
-/** The buffers of one decoded frame. What is shared with a reader is replaced, not copied, by the next frame. */
+/** The buffers of one decoded frame. What is shared with a reader is replaced, not copied, by the next frame.
+ */
 struct DevelopedFrame {
     /** The mosaic as received, widened to 16 bits, in sensor geometry. */
     QList<quint16> raw;

@@ -37,7 +37,8 @@ void reduceRow(const quint16 *samples, int count, uchar *bytes)
         bytes[i] = reduced(samples[i]);
 }
 
-/** What one code becomes in a monochrome frame: a pixel of three equal samples, ready to be stored at once. */
+/** What one code becomes in a monochrome frame: a pixel of three equal samples, ready to be stored at once.
+ */
 struct MonoPixel {
     std::array<quint16, 4> samples;
     std::array<uchar, 4> bytes;

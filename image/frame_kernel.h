@@ -13,7 +13,8 @@ namespace FrameKernel
 {
 using CodeTable = std::array<quint16, 256>;
 
-/** Where a frame comes from and where it goes; the buffers hold width x height samples or three times that. */
+/** Where a frame comes from and where it goes; the buffers hold width x height samples or three times that.
+ */
 struct Buffers {
     const uchar *codes;
     int width;

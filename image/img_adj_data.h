@@ -5,9 +5,9 @@
 #include <QVariant>
 
 /**
- * Every parameter of how a source's frames look. Embedded in ImgAdjModel; workers take a copy when they start,
- * which shares the tables until one side writes. The fields without a suffix are those of the green channel,
- * or of the only channel of a monochrome source.
+ * Every parameter of how a source's frames look. Embedded in ImgAdjModel; workers take a copy when they
+ * start, which shares the tables until one side writes. The fields without a suffix are those of the green
+ * channel, or of the only channel of a monochrome source.
  */
 struct ImgAdjData {
     QVariant offsetR = 0.0, offset = 0.0, offsetB = 0.0;

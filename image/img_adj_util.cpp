@@ -32,8 +32,7 @@ int expandedCode(int code)
 }
 
 /** value times factor, to nearest, no more than max. */
-template <class Sample>
-Sample scaled(int value, double factor, double max)
+template <class Sample> Sample scaled(int value, double factor, double max)
 {
     return static_cast<Sample>(std::clamp(std::round(value * factor), 0.0, max));
 }
@@ -264,6 +263,7 @@ QImage ImgAdjUtil::unpaddedImage(int width, int height, QImage::Format format)
     const qsizetype bytesPerLine = (qsizetype(width) * QImage::toPixelFormat(format).bitsPerPixel() + 7) / 8;
     auto buffer = std::make_unique_for_overwrite<uchar[]>(std::size_t(bytesPerLine * height));
     uchar *bytes = buffer.release();
-    return QImage(bytes, width, height, bytesPerLine, format,
-                  [](void *data) { std::unique_ptr<uchar[]>(static_cast<uchar *>(data)); }, bytes);
+    return QImage(
+        bytes, width, height, bytesPerLine, format,
+        [](void *data) { std::unique_ptr<uchar[]>(static_cast<uchar *>(data)); }, bytes);
 }

@@ -65,8 +65,7 @@ ImgFrameControl::Geometry ImgFrameControl::geometry() const
 {
     const QSizeF image = m_imgFrame->image().size();
     const double scale = m_imgFrame->zoomScale();
-    const QSizeF available(widthValid() ? width() : image.width(),
-                           heightValid() ? height() : image.height());
+    const QSizeF available(widthValid() ? width() : image.width(), heightValid() ? height() : image.height());
     const QSizeF full = image * scale;
     const QSizeF shown = full.boundedTo(available);
     const QSizeF hidden = (full - shown) / scale;
@@ -269,8 +268,8 @@ void ImgFrameControl::keyPressEvent(QKeyEvent *event)
 {
     const int key = event->key();
     const bool control = event->modifiers() & Qt::ControlModifier;
-    const bool in = (control && (key == Qt::Key_Plus || key == Qt::Key_Equal)) ||
-                    event->matches(QKeySequence::ZoomIn);
+    const bool in =
+        (control && (key == Qt::Key_Plus || key == Qt::Key_Equal)) || event->matches(QKeySequence::ZoomIn);
     const bool out = (control && (key == Qt::Key_Minus || key == Qt::Key_Underscore)) ||
                      event->matches(QKeySequence::ZoomOut);
     if (!(in || out) || !m_imgFrame) {

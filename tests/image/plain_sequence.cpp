@@ -10,7 +10,8 @@
 PlainSequence::PlainSequence()
 {
     for (std::size_t i = 0; i < 256; ++i) {
-        const double code = i < 128 ? double(i) : (i < 192 ? 2.0 * double(i) - 127.0 : 4.0 * double(i) - 509.0);
+        const double code =
+            i < 128 ? double(i) : (i < 192 ? 2.0 * double(i) - 127.0 : 4.0 * double(i) - 509.0);
         m_widen[i] = quint16(std::lround(code * 65535.0 / 511.0));
     }
     for (std::size_t i = 0; i < 65536; ++i)
@@ -73,9 +74,8 @@ void PlainSequence::adjust(const ImgAdjData &adj, int width, int height)
     const quint16 *red = cfa == 0 ? adj.lutG.constData() : adj.lutR.constData();
     const quint16 *green = adj.lutG.constData();
     const quint16 *blue = cfa == 0 ? adj.lutG.constData() : adj.lutB.constData();
-    image.forEach<cv::Vec3w>([=](cv::Vec3w &p, const int *) {
-        p = cv::Vec3w(blue[p[0]], green[p[1]], red[p[2]]);
-    });
+    image.forEach<cv::Vec3w>(
+        [=](cv::Vec3w &p, const int *) { p = cv::Vec3w(blue[p[0]], green[p[1]], red[p[2]]); });
 
     const int turn = ((qint16(adj.rotate.toInt()) % 360) + 360) % 360;
     if (turn == 90 || turn == 180 || turn == 270)

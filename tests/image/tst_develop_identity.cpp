@@ -44,8 +44,8 @@ void TestDevelopIdentity::compareWithPlain(const ImgAdjData &adj, VeskFrame &fra
                                            int width, int height)
 {
     m_plain.set(adj, codes, width, height);
-    QVERIFY(frame.set(TestFrames::record(codes), quint16(width), quint16(height), quint32(codes.size()), 32,
-                      0));
+    QVERIFY(
+        frame.set(TestFrames::record(codes), quint16(width), quint16(height), quint32(codes.size()), 32, 0));
     QCOMPARE(int(frame.width()), m_plain.width());
     QCOMPARE(int(frame.height()), m_plain.height());
     QVERIFY(frame.raw() == m_plain.raw());
@@ -60,7 +60,7 @@ void TestDevelopIdentity::everySizeAndMosaicEqualsThePlainSequence_data()
     QTest::addColumn<int>("cfa");
     QTest::addColumn<QSize>("size");
     QTest::addColumn<bool>("natural");
-    const QList<QSize> sizes{{1, 1}, {2, 2}, {1, 7}, {7, 1},  {2, 9},    {9, 2},    {3, 3},    {3, 5},
+    const QList<QSize> sizes{{1, 1}, {2, 2}, {1, 7},  {7, 1},   {2, 9},     {9, 2},    {3, 3},    {3, 5},
                              {4, 4}, {5, 3}, {17, 9}, {64, 49}, {639, 479}, {640, 25}, {640, 480}};
     for (int cfa = 0; cfa <= 4; ++cfa) {
         for (const QSize size : sizes) {
@@ -125,8 +125,9 @@ void TestDevelopIdentity::everyTransformEqualsThePlainSequence()
 void TestDevelopIdentity::everyGainScalesAllCodesAsTheLibraryDoes_data()
 {
     QTest::addColumn<double>("gain");
-    for (const double gain : {0.0, -1.0, 1e-9, 0.1, 0.5, 0.999999, 1.0, 1.0 + 1e-12, 1.000001, 1.5, 2.0, 2.5,
-                              4.01961, 10.0, 100.0, 32768.0, 40000.0, 1e6, 1e12, 1e300})
+    for (const double gain :
+         {0.0, -1.0, 1e-9,    0.1,  0.5,   0.999999, 1.0,     1.0 + 1e-12, 1.000001, 1.5,
+          2.0, 2.5,  4.01961, 10.0, 100.0, 32768.0,  40000.0, 1e6,         1e12,     1e300})
         QTest::addRow("%.15g", gain) << gain;
     for (int i = 1; i <= 60; ++i)
         QTest::addRow("0.1 x 1.08 ^ %d", i) << 0.1 * std::pow(1.08, i);

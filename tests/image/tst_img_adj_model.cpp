@@ -61,14 +61,12 @@ void TestImgAdjModel::init()
 
 void TestImgAdjModel::valuesStandInTheirOrderBelowAdjust()
 {
-    const QStringList keys{"offset",     "offset_r",   "offset_b", "gain",     "gain_r",
-                           "gain_b",     "gamma",      "gamma_r",  "gamma_b",  "contrast",
-                           "contrast_r", "contrast_b", "cfa",      "wb_r",     "wb_g",
-                           "wb_b",       "wb_cal_r",   "wb_cal_g", "wb_cal_b"};
-    const QStringList properties{"offset",    "offsetR",   "offsetB", "gain",   "gainR",
-                                 "gainB",     "gamma",     "gammaR",  "gammaB", "contrast",
-                                 "contrastR", "contrastB", "cfa",     "wbR",    "wbG",
-                                 "wbB",       "wbCalR",    "wbCalG",  "wbCalB"};
+    const QStringList keys{"offset",  "offset_r", "offset_b", "gain",       "gain_r",     "gain_b", "gamma",
+                           "gamma_r", "gamma_b",  "contrast", "contrast_r", "contrast_b", "cfa",    "wb_r",
+                           "wb_g",    "wb_b",     "wb_cal_r", "wb_cal_g",   "wb_cal_b"};
+    const QStringList properties{"offset", "offsetR", "offsetB",  "gain",      "gainR",     "gainB", "gamma",
+                                 "gammaR", "gammaB",  "contrast", "contrastR", "contrastB", "cfa",   "wbR",
+                                 "wbG",    "wbB",     "wbCalR",   "wbCalG",    "wbCalB"};
     QList<VeskValue *> values;
     for (VeskValue *one : m_camera->values())
         if (one->jsonPath().first() == "adjust")
@@ -86,11 +84,11 @@ void TestImgAdjModel::valuesStandInTheirOrderBelowAdjust()
 
 void TestImgAdjModel::valuesLiveInTheAdjustmentData()
 {
-    const QJsonObject adjust{{"offset", 0.01},     {"offset_r", 0.02},   {"offset_b", 0.03}, {"gain", 1.01},
-                             {"gain_r", 1.02},     {"gain_b", 1.03},     {"gamma", 1.04},    {"gamma_r", 1.05},
-                             {"gamma_b", 1.06},    {"contrast", 0.04},   {"contrast_r", 0.05},
-                             {"contrast_b", 0.06}, {"cfa", 2},           {"wb_r", 1.07},     {"wb_g", 1.08},
-                             {"wb_b", 1.09},       {"wb_cal_r", 1.1},    {"wb_cal_g", 1.2},  {"wb_cal_b", 1.3}};
+    const QJsonObject adjust{
+        {"offset", 0.01},     {"offset_r", 0.02},   {"offset_b", 0.03}, {"gain", 1.01},    {"gain_r", 1.02},
+        {"gain_b", 1.03},     {"gamma", 1.04},      {"gamma_r", 1.05},  {"gamma_b", 1.06}, {"contrast", 0.04},
+        {"contrast_r", 0.05}, {"contrast_b", 0.06}, {"cfa", 2},         {"wb_r", 1.07},    {"wb_g", 1.08},
+        {"wb_b", 1.09},       {"wb_cal_r", 1.1},    {"wb_cal_g", 1.2},  {"wb_cal_b", 1.3}};
     m_camera->updateValues({{"adjust", adjust}});
     const ImgAdjData &data = model().data();
     QCOMPARE(data.offset, QVariant(0.01));
