@@ -35,11 +35,13 @@ std::optional<QJsonValue> scalar(const QByteArray &body)
     return wrapped[0];
 }
 
+// Invalid when out of the years whose nanoseconds fit into 64 bits with room to spare.
 QDateTime parseTime(const QJsonValue &value)
 {
     QDateTime time = QDateTime::fromString(value.toString(), QString::fromLatin1(timeForm));
     time.setTimeZone(QTimeZone::UTC);
-    return time;
+    const int year = time.date().year();
+    return year >= 1970 && year < 2200 ? time : QDateTime();
 }
 
 // Why a value does not fit its row; empty when it does.

@@ -41,7 +41,7 @@ void Lens::move(int step, qint64 nowNs)
 
 int Lens::position(qint64 nowNs) const
 {
-    const qint64 moved = (nowNs - m_startNs) * stepsPerSecond / 1000000000;
+    const qint64 moved = (nowNs - m_startNs) / stepNs;
     if (moved >= std::abs(m_to - m_from))
         return m_to;
     return m_from + static_cast<int>(m_to > m_from ? moved : -moved);

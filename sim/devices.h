@@ -37,8 +37,8 @@ class Lens
 {
 public:
     static constexpr int maxStep = 2000;
-    static constexpr int stepsPerSecond = 1000;
-    static constexpr int infinity = 65535; ///< as focus_dist
+    static constexpr qint64 stepNs = 1000000; ///< time of one step
+    static constexpr int infinity = 65535;    ///< as focus_dist
 
     void move(int step, qint64 nowNs); ///< 32767 to infinity, 0 to the minimum, others by so many steps
     int position(qint64 nowNs) const;

@@ -151,6 +151,8 @@ void TestSimPut::writeIsRefused_data()
     row("line delay too long", "/io/io1/delay", "268435456", 400);
     row("line filter too long", "/io/io1/filter", "262144", 400);
     row("gain too high", "/adjust/gain", "10.5", 400);
+    row("time too late", "/meta/time", "\"2200-01-01 00:00:00\"", 400);
+    row("time too early", "/meta/time", "\"1969-12-31 23:59:59\"", 400);
     row("time of no form", "/meta/time", "\"yesterday\"", 400);
 }
 

@@ -225,7 +225,12 @@ void TestSimScene::frameIsRenderedInUnderFiveMilliseconds()
         best = std::min(best, timer.nsecsElapsed());
     }
     qInfo("640x480: %lld us", best / 1000);
-    QVERIFY(best < 5000000);
+#if defined(__OPTIMIZE__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+    constexpr qint64 limitNs = 5000000;
+#else
+    constexpr qint64 limitNs = 250000000; // instrumented builds are slower by far
+#endif
+    QVERIFY(best < limitNs);
 }
 
 QTEST_GUILESS_MAIN(TestSimScene)

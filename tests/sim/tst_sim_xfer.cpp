@@ -23,9 +23,10 @@ Config testConfig()
     return config;
 }
 
+// 0 when the record is too short for it.
 quint32 word(const QByteArray &record, int offset)
 {
-    return qFromLittleEndian<quint32>(record.constData() + offset);
+    return record.size() < offset + 4 ? 0 : qFromLittleEndian<quint32>(record.constData() + offset);
 }
 
 } // namespace
