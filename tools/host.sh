@@ -2,6 +2,10 @@
 # Outside of the build environment: make sure that it is there, and enter it.
 # shellcheck disable=SC2154 # `here` comes from the entry script
 
+# A service or a plain `su` may leave out the home folder and the paths of root's programs.
+HOME=${HOME:-$(getent passwd "$(id -u)" | cut -d : -f 6)}
+PATH=$PATH:/usr/local/sbin:/usr/sbin:/sbin
+export HOME PATH
 cache=${XDG_CACHE_HOME:-$HOME/.cache}/vesk
 log=$cache/provision.log
 release=trixie
@@ -167,7 +171,7 @@ fill_base() {
 
 make_tree() {
     [ -d "$tree" ] && return 0
-    is_root || die "setting up the build environment needs root once: sudo env HOME=\"\$HOME\" ./dev shell true"
+    is_root || die "setting up the build environment needs root once: sudo env XDG_CACHE_HOME=${cache%/vesk} ./dev shell true"
     local free
     free=$(free_mb "$cache")
     [ "$free" -ge "$tree_mb" ] || die "the build environment needs $tree_mb MB in $cache, $free MB are free"

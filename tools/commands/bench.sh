@@ -29,7 +29,7 @@ parse() {
 network() { echo private; }
 
 work() {
-    build release
+    build release bench/all vesk q4sim
     exec python3 "$here/tools/bench.py" --rows "$here/bench/rows.json" --build "$here/build/release" \
         ${bench_arguments[@]+"${bench_arguments[@]}"}
 }

@@ -45,17 +45,21 @@ results=$here/build/run
 
 # Cameras take turns: colour with new firmware, monochrome with old firmware.
 start_cameras() {
-    local n flags
+    local n tries flags serving=0
     for ((n = 1; n <= cameras; n++)); do
-        if ((n % 2)); then flags=(--cfa rggb --firmware new); else flags=(--cfa mono --firmware old); fi
+        if ((n % 2)); then flags=(--pattern rggb --firmware new); else flags=(--pattern mono --firmware old); fi
         "$here/build/dev/sim/q4sim" --address "10.77.0.$((n + 1))" --name "Simulated $n" \
-            --serial "SIM-$n" --seed "$n" "${flags[@]}" >>"$results/q4sim.log" 2>&1 &
-        sims+=($!)
+            --serial "Q4-0000$n" --seed "$n" "${flags[@]}" >>"$results/q4sim.log" 2>&1 &
     done
-    sleep 0.5
-    for n in ${sims[@]+"${sims[@]}"}; do
-        kill -0 "$n" 2>/dev/null || { tail -n 5 "$results/q4sim.log" >&2; die "a simulated camera did not start"; }
+    [ "$cameras" -gt 0 ] || return 0
+    # Each says what it serves once it does.
+    for tries in {1..100}; do
+        serving=$(grep -c '^q4sim: camera ' "$results/q4sim.log" || true)
+        [ "$serving" -lt "$cameras" ] || return 0
+        sleep 0.1
     done
+    tail -n 5 "$results/q4sim.log" >&2
+    die "only $serving of $cameras simulated cameras started within $((tries / 10)) s"
 }
 
 # A display that can be reached from here: on the private network only one with a socket in the file system.
@@ -114,11 +118,14 @@ wait_for_program() {
 
 work() {
     local code=0
-    sims=()
-    build dev
+    build dev vesk q4sim
     mkdir -p -- "$results"
     rm -f -- "$results"/{window.png,window.png.part,display,q4sim.log}
-    [ "$VESK_ENVIRONMENT" = real ] || { start_cameras; mkdir -p "$VESK_CACHE/home"; export HOME=$VESK_CACHE/home; }
+    if [ "$VESK_ENVIRONMENT" = private ]; then
+        start_cameras
+        export HOME=$VESK_CACHE/home
+        mkdir -p -- "$HOME"
+    fi
     if ! has_display; then
         start_virtual_display
         take_pictures &
