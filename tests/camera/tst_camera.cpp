@@ -242,21 +242,21 @@ private slots:
     void replyThatIsNoJsonIsALogLineOnly_data()
     {
         QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<QByteArray>("words");
-        QTest::newRow("empty") << QByteArray() << QByteArray("illegal value");
-        QTest::newRow("cut") << QByteArray("{\"acq\":{\"state\":") << QByteArray("illegal value");
-        QTest::newRow("html") << QByteArray("<html>") << QByteArray("illegal value");
-        QTest::newRow("scalar") << QByteArray("5") << QByteArray("illegal value");
-        QTest::newRow("deep") << QByteArray(200000, '[') << QByteArray("too deeply nested document");
+        QTest::newRow("empty") << QByteArray();
+        QTest::newRow("cut") << QByteArray("{\"acq\":{\"state\":");
+        QTest::newRow("html") << QByteArray("<html>");
+        QTest::newRow("scalar") << QByteArray("5");
+        QTest::newRow("deep") << QByteArray(200000, '[');
     }
 
     void replyThatIsNoJsonIsALogLineOnly()
     {
         QFETCH(QByteArray, body);
-        QFETCH(QByteArray, words);
+        QJsonParseError error;
+        QVERIFY(QJsonDocument::fromJson(body, &error).isNull());
         connectIt();
         QSignalSpy polled(m_camera.get(), &Camera::valuesPolled);
-        const QString line = m_camera->objectName() + ": json parse error: " + QString::fromLatin1(words);
+        const QString line = m_camera->objectName() + ": json parse error: " + error.errorString();
         QTest::ignoreMessage(QtCriticalMsg, line.toUtf8().constData());
         answerPollsWith(body);
         m_server->clear();

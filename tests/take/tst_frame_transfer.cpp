@@ -81,16 +81,16 @@ private slots:
     void liveRequestHasNoMoreThanTypeAndSource()
     {
         RawFrame frame;
+        QSignalSpy finished(&frame, &RawFrame::initFinished);
         QCOMPARE(m_camera->getFrame(&frame), 0);
-        QTRY_COMPARE(m_server->requests().size(), 1);
+        QTRY_COMPARE(finished.count(), 1);
+        QCOMPARE(m_server->requests().size(), 1);
         const HttpRecorder::Request request = m_server->requests()[0];
         QCOMPARE(request.method, "POST");
         QCOMPARE(request.path, "/xfer");
         QCOMPARE(request.body, "{\"type\":3,\"src\":1}");
         QCOMPARE(request.headers.value("User-Agent"), "Vesk 1.0");
         QCOMPARE(request.headers.value("Content-Type"), "application/json");
-        QSignalSpy finished(&frame, &RawFrame::initFinished);
-        QTRY_COMPARE(finished.count(), 1);
     }
 
     void noFrameToFillSendsNothing()
