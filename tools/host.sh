@@ -75,6 +75,8 @@ stop_child() {
     done
     [ "$n" -lt 30 ] || kill -KILL "$child" 2>/dev/null || true
     wait "$child" 2>/dev/null || true
+    printf '\n' >&2
+    say "stopped"
     exit "$1"
 }
 

@@ -131,7 +131,7 @@ work() {
         take_pictures &
         say "no display: a picture of the window is written every second to $results/window.png"
     fi
-    cd "$here" # the program looks for CREDITS.txt where it is started
+    cd "$here" || return # the program looks for CREDITS.txt where it is started
     "$here/build/dev/app/vesk" ${program_arguments[@]+"${program_arguments[@]}"} &
     program=$!
     trap 'kill -TERM "$program" 2>/dev/null; exit 143' TERM INT
