@@ -49,12 +49,14 @@ for name in usr etc var opt; do
     [ ! -d "$new/$name" ] || mount -o remount,bind,ro "$new/$name" 2>/dev/null || true
 done
 
-# One interface for the program, one for the cameras; an address for each of sixteen cameras.
+# One interface for the program, one for two cameras. The program announces itself from every address that
+# it finds, so that more addresses are added only where there are more cameras.
 private_network() {
     ip link set lo up
     ip link add vesk0 type veth peer name vesk1
     ip address add 10.77.0.1/24 brd + dev vesk0
-    for n in {2..17}; do ip address add "10.77.0.$n/24" brd + dev vesk1; done
+    ip address add 10.77.0.2/24 brd + dev vesk1
+    ip address add 10.77.0.3/24 brd + dev vesk1
     ip link set vesk0 up
     ip link set vesk1 up
 }

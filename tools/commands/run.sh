@@ -41,13 +41,25 @@ parse() {
 
 network() { echo "$real"; }
 
-results=$here/build/run
+# A folder for what this run writes; a second run at the same time gets build/run-2.
+claim_results() {
+    local n=1 claim
+    results=$here/build/run
+    while exec {claim}>"$results.lock" && ! flock --nonblock "$claim"; do
+        exec {claim}>&-
+        n=$((n + 1))
+        results=$here/build/run-$n
+    done
+    mkdir -p -- "$results"
+    rm -f -- "$results"/{window.png,window.png.part,display,q4sim.log}
+}
 
 # Cameras take turns: colour with new firmware, monochrome with old firmware.
 start_cameras() {
     local n tries flags serving=0
     for ((n = 1; n <= cameras; n++)); do
         if ((n % 2)); then flags=(--pattern rggb --firmware new); else flags=(--pattern mono --firmware old); fi
+        [ "$n" -le 2 ] || ip address add "10.77.0.$((n + 1))/24" brd + dev vesk1
         "$here/build/dev/sim/q4sim" --address "10.77.0.$((n + 1))" --name "Simulated $n" \
             --serial "Q4-0000$n" --seed "$n" "${flags[@]}" >>"$results/q4sim.log" 2>&1 &
     done
@@ -119,8 +131,7 @@ wait_for_program() {
 work() {
     local code=0
     build dev vesk q4sim
-    mkdir -p -- "$results"
-    rm -f -- "$results"/{window.png,window.png.part,display,q4sim.log}
+    claim_results
     if [ "$VESK_ENVIRONMENT" = private ]; then
         start_cameras
         export HOME=$VESK_CACHE/home

@@ -3,9 +3,9 @@ usage() {
     cat <<'HELP'
 usage: ./dev shell [--real] [COMMAND...]
 
-Enters the build environment: a shell, or one command. It has the simulated cameras' private network
-(the program's side is 10.77.0.1, the cameras' addresses are 10.77.0.2 to 10.77.0.17) and a home and a
-/tmp of its own, which are gone afterwards.
+Enters the build environment: a shell, or one command. It has the simulated cameras' private network (the
+program's side is 10.77.0.1, the cameras' addresses are 10.77.0.2 and 10.77.0.3; `ip address add
+10.77.0.4/24 brd + dev vesk1` makes one more) and a home and a /tmp of its own, which are gone afterwards.
 
   --real   the machine's own network and your own home folder
 HELP
