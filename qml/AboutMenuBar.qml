@@ -2,7 +2,7 @@ import QtQuick.Controls
 import Vesk
 
 /** The menus while no source is selected. */
-MenuBar {
+VeskMenuBar {
     id: root
 
     required property DialogLoader connectDialog

@@ -2,7 +2,7 @@ import QtQuick.Controls
 import Vesk
 
 /** The menus while a camera is selected. */
-MenuBar {
+VeskMenuBar {
     id: root
 
     required property Camera camera

@@ -1,3 +1,5 @@
+pragma ComponentBehavior: Bound
+
 import QtQuick
 import QtQuick.Controls
 
@@ -10,4 +12,15 @@ ComboBox {
     height: parent?.height ?? 0
     focusPolicy: Qt.TabFocus
     onActivated: root.focus = false
+
+    delegate: MenuItem {
+        required property int index
+
+        width: ListView.view?.width ?? root.width
+        text: root.textAt(index)
+        font.weight: root.currentIndex === index ? Font.DemiBold : Font.Normal
+        highlighted: root.highlightedIndex === index
+        hoverEnabled: root.hoverEnabled
+        Accessible.name: text
+    }
 }

@@ -13,6 +13,7 @@ MenuItem {
     readonly property bool underPointer: !enabled && hover.hovered && visible
         && root.contains(root.mapFromItem(hover.parent, hover.point.position))
 
+    Accessible.name: text
     spacing: 12
     padding: 0
 

@@ -1,3 +1,4 @@
+import QtQuick
 import QtQuick.Controls
 import QtQuick.Controls.Fusion.impl
 
@@ -7,6 +8,7 @@ MenuItem {
 
     checkable: true
     autoExclusive: true
+    Accessible.name: text
 
     indicator: RadioIndicator {
         x: root.leftPadding

@@ -24,6 +24,7 @@ ComboBox {
         font.weight: root.currentIndex === index ? Font.DemiBold : Font.Normal
         highlighted: root.highlightedIndex === index
         hoverEnabled: root.hoverEnabled
+        Accessible.name: text
     }
 
     contentItem: T.TextField {

@@ -8,6 +8,7 @@ Button {
 
     focusPolicy: Qt.TabFocus
     palette.disabled.buttonText: Theme.dimButtonColor
+    Accessible.name: root.text
     onReleased: root.focus = false
     onCanceled: root.focus = false
 }

@@ -1,3 +1,4 @@
+import QtQuick
 import QtQuick.Controls
 
 /** Menu item that takes no room while it makes no sense. */
@@ -5,5 +6,6 @@ MenuItem {
     property bool shown: true
 
     visible: shown
+    Accessible.name: text
     height: shown ? implicitHeight : 0
 }

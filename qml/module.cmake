@@ -9,7 +9,7 @@ set(vesk_views
   ControlGrid ControlRow ControlValueRow DialogButton DialogFooter DialogLoader DialogWindow ElidedLabel
   ExitMenuItem FlatTextField HelpMenu IOSpinBox Icon IconButton IconMenuItem ImgFrameScrollBar ImgFrameView
   ImgToolsControl LogSlider MainWindow PixelReadout RadioMenuItem RefusalDialog TransformButton
-  UnitsComboBox UnitsTextField VeskButton VeskSpinBox VeskTabBar ZoomMenuItem)
+  UnitsComboBox UnitsTextField VeskButton VeskMenuBar VeskSpinBox VeskTabBar ZoomMenuItem)
 
 set(vesk_qml_files)
 foreach(view IN LISTS vesk_singletons vesk_views)

@@ -1,0 +1,212 @@
+#include "tests/qml/view_fixture.h"
+
+#include "app/vesk_app.h"
+#include "camera/camera.h"
+#include "sim/camera.h"
+
+#include <QQmlApplicationEngine>
+#include <QQmlContext>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+// Generated with the QML module Vesk: registers the classes for the views.
+void qml_register_types_Vesk();
+
+static QStringList collectedWarnings;
+static QtMessageHandler previousHandler = nullptr;
+
+static void collectWarning(QtMsgType type, const QMessageLogContext &context, const QString &text)
+{
+    // Lines of the engine carry the place in a document.
+    if (type == QtWarningMsg && text.contains(".qml"_L1))
+        collectedWarnings.append(text);
+    previousHandler(type, context, text);
+}
+
+ViewFixture::ViewFixture()
+{
+    qml_register_types_Vesk();
+    previousHandler = qInstallMessageHandler(collectWarning);
+}
+
+ViewFixture::~ViewFixture()
+{
+    close();
+    qInstallMessageHandler(previousHandler);
+}
+
+void ViewFixture::open()
+{
+    collectedWarnings.clear();
+    m_engine = std::make_unique<QQmlApplicationEngine>();
+    VeskApp::instance()->set_networkAccessManager(m_engine->networkAccessManager());
+    m_engine->rootContext()->setContextProperty(u"veskApp"_s, VeskApp::instance());
+    m_engine->load(QUrl(u"qrc:/main.qml"_s));
+    QVERIFY(window());
+    QVERIFY(QTest::qWaitForWindowExposed(window()));
+}
+
+void ViewFixture::close()
+{
+    if (!m_engine)
+        return;
+    const QList<VeskObject *> sources = VeskApp::instance()->veskObjects();
+    for (VeskObject *source : sources) {
+        if (auto *camera = qobject_cast<Camera *>(source))
+            camera->disconnectCamera();
+    }
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    m_engine.reset();
+    qDeleteAll(std::exchange(m_simulated, {}));
+}
+
+QStringList ViewFixture::warnings() const
+{
+    return collectedWarnings;
+}
+
+q4sim::Camera *ViewFixture::simulate(const q4sim::Config &config)
+{
+    auto camera = std::make_unique<q4sim::Camera>(config);
+    const QString problem = camera->listen();
+    if (!problem.isEmpty()) {
+        qWarning() << problem;
+        return nullptr;
+    }
+    m_simulated.append(camera.release());
+    return m_simulated.last();
+}
+
+Camera *ViewFixture::connectTo(const QString &address)
+{
+    VeskApp::instance()->connectCamera(address);
+    auto *camera = qobject_cast<Camera *>(VeskApp::instance()->veskObjects().last());
+    return QTest::qWaitFor([camera] { return camera->connected(); }) ? camera : nullptr;
+}
+
+q4sim::Camera *ViewFixture::startWithCamera(q4sim::Config config)
+{
+    const QString address = u"127.0.15.1"_s;
+    config.address = QHostAddress(address);
+    config.discovery = false;
+    q4sim::Camera *simulated = simulate(config);
+    if (!simulated)
+        return nullptr;
+    open();
+    m_camera = connectTo(address);
+    return m_camera ? simulated : nullptr;
+}
+
+q4sim::Camera *ViewFixture::startWithCamera()
+{
+    return startWithCamera({});
+}
+
+QQuickWindow *ViewFixture::window() const
+{
+    return m_engine->rootObjects().isEmpty() ? nullptr
+                                             : qobject_cast<QQuickWindow *>(m_engine->rootObjects().first());
+}
+
+QQuickWindow *ViewFixture::dialog(const QString &title) const
+{
+    const QWindowList windows = QGuiApplication::topLevelWindows();
+    for (QWindow *candidate : windows) {
+        if (candidate != window() && candidate->isVisible() && candidate->title() == title)
+            return qobject_cast<QQuickWindow *>(candidate);
+    }
+    return nullptr;
+}
+
+static QAccessibleInterface *findElement(QAccessibleInterface *parent, const QString &name,
+                                         QAccessible::Role role)
+{
+    for (int i = 0; parent && i < parent->childCount(); ++i) {
+        QAccessibleInterface *child = parent->child(i);
+        if (!child || child->state().invisible)
+            continue;
+        if (child->text(QAccessible::Name) == name && (role == QAccessible::NoRole || child->role() == role))
+            return child;
+        if (QAccessibleInterface *found = findElement(child, name, role))
+            return found;
+    }
+    return nullptr;
+}
+
+QAccessibleInterface *ViewFixture::element(QWindow *window, const QString &name, QAccessible::Role role)
+{
+    // Without a display nothing else tells the controls that somebody reads them; they answer at once.
+    QAccessible::setActive(true);
+    return findElement(QAccessible::queryAccessibleInterface(window), name, role);
+}
+
+QAccessibleInterface *ViewFixture::element(const QString &name, QAccessible::Role role) const
+{
+    return element(window(), name, role);
+}
+
+bool ViewFixture::shows(const QString &name, QAccessible::Role role) const
+{
+    return element(name, role) != nullptr;
+}
+
+QString ViewFixture::rowText(const QString &label) const
+{
+    QAccessibleInterface *row = element(label, QAccessible::StaticText);
+    return row ? row->text(QAccessible::Description) : u"no row "_s + label;
+}
+
+QPoint ViewFixture::centre(QWindow *window, QAccessibleInterface *element)
+{
+    return window->mapFromGlobal(element->rect().center());
+}
+
+void ViewFixture::settle(QWindow *window)
+{
+    auto *quickWindow = qobject_cast<QQuickWindow *>(window);
+    QSignalSpy swapped(quickWindow, &QQuickWindow::frameSwapped);
+    quickWindow->update();
+    swapped.wait();
+}
+
+bool ViewFixture::click(QWindow *window, const QString &name, Qt::MouseButton button)
+{
+    QAccessibleInterface *target = nullptr;
+    if (!QTest::qWaitFor([&] { return (target = element(window, name)) != nullptr; }))
+        return false;
+    settle(window);
+    const QPoint point = centre(window, target);
+    if (!QRect({}, window->size()).contains(point))
+        return false;
+    QTest::mouseMove(window, point);
+    QTest::mouseClick(window, button, {}, point);
+    return true;
+}
+
+bool ViewFixture::click(const QString &name, Qt::MouseButton button) const
+{
+    return click(window(), name, button);
+}
+
+QQuickItem *ViewFixture::itemWithText(QQuickItem *parent, const QString &text)
+{
+    const QList<QQuickItem *> children = parent->childItems();
+    for (QQuickItem *child : children) {
+        if (!child->isVisible())
+            continue;
+        if (child->property("text").toString() == text && child->property("color").isValid())
+            return child;
+        if (QQuickItem *found = itemWithText(child, text))
+            return found;
+    }
+    return nullptr;
+}
+
+QQuickItem *ViewFixture::itemWithText(const QString &text) const
+{
+    return itemWithText(window()->contentItem(), text);
+}

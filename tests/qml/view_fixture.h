@@ -1,0 +1,76 @@
+#pragma once
+
+#include <QAccessible>
+#include <QObject>
+#include <QPoint>
+#include <QStringList>
+
+#include <memory>
+
+namespace q4sim
+{
+class Camera;
+struct Config;
+} // namespace q4sim
+class Camera;
+class QQmlApplicationEngine;
+class QQuickItem;
+class QQuickWindow;
+
+/**
+ * The program's window without a display, driven by mouse and keys and read through the accessibility tree.
+ * Every warning of the QML engine is collected: a test ends with none.
+ */
+class ViewFixture : public QObject
+{
+    Q_OBJECT
+
+public:
+    ViewFixture();
+    ~ViewFixture() override;
+
+    /** Loads the root document. */
+    void open();
+    /** Ends the window, and what was simulated. */
+    void close();
+    QStringList warnings() const;
+
+    /** A simulated camera that listens at the configured address, null with a warning if it cannot. */
+    q4sim::Camera *simulate(const q4sim::Config &config);
+    /** Connects the program to the address and waits until it is connected. */
+    Camera *connectTo(const QString &address);
+
+    /** Opens the window with one simulated camera that is connected and selected; null if that fails. */
+    q4sim::Camera *startWithCamera(q4sim::Config config);
+    q4sim::Camera *startWithCamera();
+    /** The camera of startWithCamera. */
+    Camera *camera() const { return m_camera; }
+
+    QQuickWindow *window() const;
+    /** The open window with a title, null if there is none. */
+    QQuickWindow *dialog(const QString &title) const;
+
+    /** The visible element with a name and, unless NoRole, a role. */
+    static QAccessibleInterface *element(QWindow *window, const QString &name,
+                                         QAccessible::Role role = QAccessible::NoRole);
+    QAccessibleInterface *element(const QString &name, QAccessible::Role role = QAccessible::NoRole) const;
+    bool shows(const QString &name, QAccessible::Role role = QAccessible::NoRole) const;
+    /** What a row of the control bar tells. */
+    QString rowText(const QString &label) const;
+
+    /** Waits until everything stands where it belongs. */
+    static void settle(QWindow *window);
+    static QPoint centre(QWindow *window, QAccessibleInterface *element);
+    /** Clicks the element in its middle; false if it is not there, or not inside the window. */
+    static bool click(QWindow *window, const QString &name, Qt::MouseButton button = Qt::LeftButton);
+    bool click(const QString &name, Qt::MouseButton button = Qt::LeftButton) const;
+
+    /** The visible item below parent that shows a text, for glyphs, which have no name. */
+    static QQuickItem *itemWithText(QQuickItem *parent, const QString &text);
+    QQuickItem *itemWithText(const QString &text) const;
+
+private:
+    std::unique_ptr<QQmlApplicationEngine> m_engine;
+    QList<q4sim::Camera *> m_simulated;
+    Camera *m_camera = nullptr;
+};
