@@ -25,7 +25,8 @@ Camera::Camera(const QHostAddress &ip, QObject *parent) : VeskObject(CameraType,
     connect(m_pollTimer, &QTimer::timeout, this, [this] { pollCameraValues(false); });
     m_previewTimer = new QTimer(this);
     m_previewTimer->setTimerType(Qt::PreciseTimer);
-    connect(m_previewTimer, &QTimer::timeout, this, &Camera::requestFrame);
+    connect(m_previewTimer, &QTimer::timeout, this, &Camera::previewTick);
+    connect(this, &VeskObject::selectedChanged, this, &Camera::armPreview);
 
     setObjectName(objectName() + QStringLiteral("-Camera"));
 }
@@ -105,6 +106,7 @@ void Camera::pollCameraValues(bool init)
         return;
     QNetworkReply *reply = VeskApp::instance()->networkAccessManager()->get(
         VeskApp::cameraRequest(m_ip, QString(), VeskApp::NoBody));
+    VeskApp::limitReply(reply);
     reply->setProperty("init", init);
     m_pollInProgress = true;
     connect(reply, &QNetworkReply::finished, this, &Camera::pollCameraValuesFinished);
@@ -165,6 +167,24 @@ void Camera::startConnected()
     timeValue()->setValue(QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyy-MM-dd hh:mm:ss")),
                           false);
     m_pollTimer->start(PollInterval);
-    m_previewTimer->start(PreviewInterval);
+    m_previewClock.start();
+    armPreview();
     emit cameraConnected(this);
+}
+
+void Camera::armPreview()
+{
+    if (!m_connected || !selected()) {
+        m_previewTimer->stop();
+        return;
+    }
+    const std::chrono::milliseconds sinceConnection(m_previewClock.elapsed());
+    m_previewTimer->start(PreviewInterval - sinceConnection % PreviewInterval);
+}
+
+void Camera::previewTick()
+{
+    if (m_previewTimer->intervalAsDuration() != PreviewInterval)
+        m_previewTimer->start(PreviewInterval);
+    requestFrame();
 }

@@ -4,6 +4,7 @@
 #include "camera/camera_values.h"
 #include "take/vesk_object.h"
 
+#include <QElapsedTimer>
 #include <QHostAddress>
 #include <QJsonDocument>
 #include <QSet>
@@ -141,6 +142,12 @@ private:
     void createValues();
     void setConnected(bool now);
     void startConnected();
+    /**
+     * Ticks every 33 ms from the connection on. While the camera is not selected a tick has nothing to do, so
+     * none is delivered; with the selection they come again in step with those before.
+     */
+    void armPreview();
+    void previewTick();
     void updateTakes(const QJsonObject &document);
     QString settingsKey(const QString &key) const;
     QNetworkReply *postCommand(const QString &path, const QByteArray &body);
@@ -154,4 +161,5 @@ private:
     QTimer *m_pollTimer;
     bool m_pollInProgress = false;
     QTimer *m_previewTimer;
+    QElapsedTimer m_previewClock; // since the connection
 };

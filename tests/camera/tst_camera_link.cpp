@@ -143,10 +143,9 @@ private slots:
         const auto number = numberIn(m_camera->imgFrame()->image());
         QVERIFY(number);
         const qint64 time = m_sim->frameTimeNs(*number);
-        const QString seconds =
-            QDateTime::fromSecsSinceEpoch(time / 1'000'000'000, QTimeZone::UTC).toString("yyyy-MM-ddThh:mm:ss");
-        QCOMPARE(m_camera->timestamp(),
-                 seconds + QString::asprintf(".%09lldZ", time % 1'000'000'000));
+        const QString seconds = QDateTime::fromSecsSinceEpoch(time / 1'000'000'000, QTimeZone::UTC)
+                                    .toString("yyyy-MM-ddThh:mm:ss");
+        QCOMPARE(m_camera->timestamp(), seconds + QString::asprintf(".%09lldZ", time % 1'000'000'000));
     }
 
     void bothHeaderFamiliesAndAllPatternsGiveAPicture_data()
@@ -175,7 +174,8 @@ private slots:
         startPicture();
         QCOMPARE(m_camera->veskFrame()->width(), m_sim->sceneParams().width);
         QVERIFY(numberIn(m_camera->imgFrame()->image()));
-        QVERIFY(m_camera->timestamp().startsWith(QString::number(QDateTime::currentDateTimeUtc().date().year())));
+        QVERIFY(
+            m_camera->timestamp().startsWith(QString::number(QDateTime::currentDateTimeUtc().date().year())));
     }
 
     void unselectedCameraFetchesNoFrame()
@@ -189,6 +189,8 @@ private slots:
         const auto count = m_sim->requests("POST", "/xfer").size();
         QTest::qWait(200);
         QCOMPARE(m_sim->requests("POST", "/xfer").size(), count);
+        m_camera->setSelected(true);
+        QTRY_VERIFY(m_sim->requests("POST", "/xfer").size() > count + 2);
     }
 
     void spoiltFrameKeepsThePictureAndTheNextOneComes_data()
@@ -202,15 +204,20 @@ private slots:
         QTest::newRow("empty") << q4sim::Fault{.kind = FaultKind::EmptyReply};
         QTest::newRow("cut") << q4sim::Fault{.kind = FaultKind::CloseMidBody, .bytes = 1000};
         QTest::newRow("doubled sizes") << q4sim::Fault{.kind = FaultKind::LyingSizes};
-        QTest::newRow("no sizes") << lying({{"Img-Width", "0"}, {"Img-Height", "0"}, {"Img-Size", "0"}, {"Meta-Size", "0"}});
-        QTest::newRow("huge") << lying({{"Img-Width", "65535"}, {"Img-Height", "65535"},
-                                        {"Img-Size", "4294836225"}, {"Meta-Size", "32"}});
-        QTest::newRow("huge meta") << lying({{"Img-Width", "640"}, {"Img-Height", "480"},
-                                             {"Img-Size", "307200"}, {"Meta-Size", "4294967295"}});
-        QTest::newRow("no numbers") << lying({{"Img-Width", "wide"}, {"Img-Height", "-1"},
-                                              {"Img-Size", "1e9"}, {"Meta-Size", ""}});
-        QTest::newRow("colour too wide") << lying({{"Img-Width", "1280"}, {"Img-Height", "240"},
-                                                   {"Img-Size", "307200"}, {"Meta-Size", "32"}});
+        QTest::newRow("no sizes") << lying(
+            {{"Img-Width", "0"}, {"Img-Height", "0"}, {"Img-Size", "0"}, {"Meta-Size", "0"}});
+        QTest::newRow("huge") << lying({{"Img-Width", "65535"},
+                                        {"Img-Height", "65535"},
+                                        {"Img-Size", "4294836225"},
+                                        {"Meta-Size", "32"}});
+        QTest::newRow("huge meta") << lying({{"Img-Width", "640"},
+                                             {"Img-Height", "480"},
+                                             {"Img-Size", "307200"},
+                                             {"Meta-Size", "4294967295"}});
+        QTest::newRow("no numbers") << lying(
+            {{"Img-Width", "wide"}, {"Img-Height", "-1"}, {"Img-Size", "1e9"}, {"Meta-Size", ""}});
+        QTest::newRow("colour too wide") << lying(
+            {{"Img-Width", "1280"}, {"Img-Height", "240"}, {"Img-Size", "307200"}, {"Meta-Size", "32"}});
     }
 
     void spoiltFrameKeepsThePictureAndTheNextOneComes()
@@ -237,7 +244,8 @@ private slots:
         startPicture();
         const QList<quint16> &raw = m_camera->veskFrame()->raw();
         QCOMPARE(raw.size(), 640 * 480);
-        QVERIFY(std::any_of(raw.cbegin() + 640 * 230, raw.cbegin() + 640 * 240, [](quint16 v) { return v > 0; }));
+        QVERIFY(
+            std::any_of(raw.cbegin() + 640 * 230, raw.cbegin() + 640 * 240, [](quint16 v) { return v > 0; }));
         QVERIFY(std::all_of(raw.cbegin() + 640 * 240, raw.cend(), [](quint16 v) { return v == 0; }));
     }
 
