@@ -55,7 +55,8 @@ CameraModel::CameraModel(const Config &config)
 {
     const qint64 nowNs = config.clock->nowNs();
     setResolution(valueAt(m_doc, QStringLiteral("acq/res")).toString(), nowNs);
-    setFrClks(qRound64(clkFreq / config.frameRate), nowNs);
+    // Limited before it is rounded: a slow enough rate has more clocks a frame than an integer holds.
+    setFrClks(qRound64(std::min(clkFreq / config.frameRate, double(frClksMax))), nowNs);
     m_expClks = snapExposure(m_frClks / 2, m_frClks);
     m_trigOffset = std::max(m_recorder.partitionFrames() / 2, 1);
 }

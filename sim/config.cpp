@@ -1,5 +1,7 @@
 #include "sim/config.h"
 
+#include "sim/sensor_rules.h"
+
 #include <QRegularExpression>
 
 namespace q4sim
@@ -43,6 +45,8 @@ QString configError(const Config &config)
             return QStringLiteral("\"%1\" is no resolution").arg(res);
         if (config.cfa != CfaMono && (width > 640 || height > 480))
             return QStringLiteral("a colour camera has at most 640x480, not %1").arg(res);
+        if (frClksMin(width, height) > frClksMax)
+            return QStringLiteral("the sensor is too slow for %1").arg(res);
     }
     return {};
 }

@@ -7,6 +7,8 @@
 #include <QHttpServerRequest>
 #include <QMetaEnum>
 
+#include <algorithm>
+
 namespace q4sim
 {
 
@@ -95,7 +97,8 @@ void HttpFront::armConnection(const Fault &fault, const Answer &answer, const QH
     if (fault.kind == FaultKind::Drip)
         connection->drip(fault.bytes > 0 ? fault.bytes : 1000, fault.ms);
     else
-        connection->closeAfter(fault.bytes > 0 ? fault.bytes : answer.body.size() / 2);
+        connection->closeAfter(fault.bytes > 0 ? std::min<qint64>(fault.bytes, answer.body.size())
+                                               : answer.body.size() / 2);
 }
 
 void HttpFront::hold(QHttpServerResponder &&responder, const Answer &answer, int ms)

@@ -15,7 +15,7 @@ enum class Kind { Int, Double, Text, Time };
 enum class Access { ReadOnly, Writable };
 
 /// One leaf of the status document. Writes outside min to max are refused, except where the camera has a
-/// rule of its own for the path (timing values are moved to the nearest that it can do).
+/// rule of its own for the path (timing values are moved into their limits).
 struct ValueRow {
     const char *path; ///< keys joined with "/"; "*" stands for any one key
     Kind kind;

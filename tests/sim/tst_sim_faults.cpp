@@ -21,6 +21,7 @@ private slots:
     void drippedAnswerIsWhole();
     void connectionClosesInMidBody_data();
     void connectionClosesInMidBody();
+    void connectionClosesBehindABodyThatIsShorter();
     void shortBodyHasAnHonestLength();
     void sizesLie();
     void chosenHeaderLies();
@@ -140,6 +141,19 @@ void TestSimFaults::connectionClosesInMidBody()
     QCOMPARE(reply.header("Content-Length"), QByteArray::number(recordSize));
     QCOMPARE(reply.body, camera().answer("POST", "/xfer", live).body.first(received));
     QCOMPARE(m_client->send("POST", "/xfer", live).body.size(), recordSize);
+}
+
+void TestSimFaults::connectionClosesBehindABodyThatIsShorter()
+{
+    QTcpSocket socket;
+    socket.connectToHost(QStringLiteral("127.0.1.50"), 80);
+    QVERIFY(socket.waitForConnected());
+    camera().setFault(Route::Command, {.kind = FaultKind::CloseMidBody, .bytes = 1000});
+    socket.write("POST /rec HTTP/1.1\r\nHost: x\r\nContent-Length: 0\r\n\r\n");
+    QVERIFY(QTest::qWaitFor([&] { return socket.state() == QAbstractSocket::UnconnectedState; }));
+    const QByteArray all = socket.readAll();
+    QVERIFY2(all.startsWith("HTTP/1.1 200"), all.constData());
+    QVERIFY2(all.endsWith("\r\n\r\n{}"), all.constData());
 }
 
 void TestSimFaults::shortBodyHasAnHonestLength()

@@ -50,7 +50,10 @@ private slots:
     void timingFollowsTheStartRate();
     void colourCameraOffersNothingAbove640x480();
     void monoCameraOffers1280x1024();
+    void startRateStaysWithinTheSensor_data();
+    void startRateStaysWithinTheSensor();
     void tooLargeColourResolutionIsRefused();
+    void resolutionSlowerThanTheLongestFrameIsRefused();
     void busyPortIsNamedInOneSentence();
     void unknownPathsAre404();
     void requestsAreLoggedInOrder();
@@ -214,6 +217,26 @@ void TestSimStatus::timingFollowsTheStartRate()
     QCOMPARE(camera.value("acq/exp_time").toDouble(), exposure / 100.0);
 }
 
+void TestSimStatus::startRateStaysWithinTheSensor_data()
+{
+    QTest::addColumn<double>("rate");
+    QTest::addColumn<QString>("limit");
+    QTest::newRow("slower than the sensor") << 1.0 << "acq/fr_clks_max";
+    QTest::newRow("a frame of more clocks than any number holds") << 1e-300 << "acq/fr_clks_max";
+    QTest::newRow("faster than the sensor") << 1e6 << "acq/fr_clks_min";
+    QTest::newRow("infinite") << qInf() << "acq/fr_clks_min";
+}
+
+void TestSimStatus::startRateStaysWithinTheSensor()
+{
+    QFETCH(double, rate);
+    QFETCH(QString, limit);
+    Config config = testConfig("127.0.1.1");
+    config.frameRate = rate;
+    const Camera camera(config);
+    QCOMPARE(camera.value("acq/fr_clks"), camera.value(limit));
+}
+
 void TestSimStatus::colourCameraOffersNothingAbove640x480()
 {
     const QJsonArray list = Camera(testConfig("127.0.1.1")).value("acq/valid_res").toArray();
@@ -242,6 +265,21 @@ void TestSimStatus::tooLargeColourResolutionIsRefused()
     QVERIFY(camera.listen().contains(u"1280x1024"));
     HttpClient client(QStringLiteral("127.0.1.1"));
     QCOMPARE(client.get().status, 0);
+}
+
+void TestSimStatus::resolutionSlowerThanTheLongestFrameIsRefused()
+{
+    Config config = testConfig("127.0.1.1");
+    config.cfa = CfaMono;
+    // 4096 rows of 4096 / 8 + 20 clocks and 400 more are 2179472, of 3072 / 8 + 20 clocks 1655184.
+    config.resolutions = QStringList{"3072x4096", "4096x4096"};
+    Camera tooLarge(config);
+    QVERIFY(tooLarge.listen().contains(u"4096x4096"));
+    config.resolutions.removeLast();
+    Camera camera(config);
+    QCOMPARE(camera.listen(), QString());
+    QCOMPARE(camera.value("acq/fr_clks_min").toInt(), 1655184);
+    QVERIFY(camera.value("acq/fr_clks_max").toInt() > 1655184);
 }
 
 void TestSimStatus::busyPortIsNamedInOneSentence()
