@@ -9,9 +9,14 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QNetworkAccessManager>
+#include <QNetworkProxyFactory>
+#include <QNetworkReply>
 #include <QSettings>
 #include <QStorageInfo>
 #include <QTimer>
+
+/** Twice the largest frame. A reply without end would otherwise take all memory. */
+static constexpr qint64 MaxReplyBytes = 32 * 1024 * 1024;
 
 VeskApp::VeskApp(int &argc, char **argv, const QString &applicationName, const QString &version,
                  const QString &organizationDomain, const QString &organizationName)
@@ -22,6 +27,9 @@ VeskApp::VeskApp(int &argc, char **argv, const QString &applicationName, const Q
     setOrganizationDomain(organizationDomain);
     setOrganizationName(organizationName);
     QDir().mkpath(appDataFolder());
+    // A camera stands on the local network: a proxy for the world outside would not find it, and to ask the
+    // machine for one can hold the window up.
+    QNetworkProxyFactory::setUseSystemConfiguration(false);
     initSettings();
     initLog(*m_settings);
 
@@ -128,7 +136,17 @@ QNetworkRequest VeskApp::cameraRequest(const QHostAddress &address, const QStrin
     QNetworkRequest request(urlForAddress(address, path));
     request.setRawHeader("User-Agent", "Vesk 1.0");
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
+    request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
+    request.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
     if (body == JsonBody)
         request.setRawHeader("Content-Type", "application/json");
     return request;
+}
+
+void VeskApp::limitReply(QNetworkReply *reply)
+{
+    connect(reply, &QNetworkReply::readyRead, reply, [reply] {
+        if (reply->bytesAvailable() > MaxReplyBytes)
+            reply->abort();
+    });
 }

@@ -14,6 +14,7 @@
 class Camera;
 class ImgAdjUtil;
 class QNetworkAccessManager;
+class QNetworkReply;
 class QSettings;
 class QTimer;
 class QUdpSocket;
@@ -71,6 +72,8 @@ public:
     enum RequestBody { NoBody, JsonBody };
     /** A request to a camera with the headers that every one carries. */
     static QNetworkRequest cameraRequest(const QHostAddress &address, const QString &path, RequestBody body);
+    /** Ends a camera's reply with an error once it holds more bytes than a status document or a frame can. */
+    static void limitReply(QNetworkReply *reply);
 
 public slots:
     bool set_networkAccessManager(QNetworkAccessManager *manager);

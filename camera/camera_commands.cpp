@@ -8,8 +8,10 @@
 
 QNetworkReply *Camera::postCommand(const QString &path, const QByteArray &body)
 {
-    return VeskApp::instance()->networkAccessManager()->post(
+    QNetworkReply *reply = VeskApp::instance()->networkAccessManager()->post(
         VeskApp::cameraRequest(m_ip, path, VeskApp::JsonBody), body);
+    VeskApp::limitReply(reply);
+    return reply;
 }
 
 void Camera::sendCommand(const QString &path, const QByteArray &body)

@@ -86,6 +86,7 @@ void CameraValue::putValue(Camera *camera, const QString &path)
         body = '"' + body + '"';
     QNetworkReply *reply = VeskApp::instance()->networkAccessManager()->put(
         VeskApp::cameraRequest(camera->ip(), path, VeskApp::JsonBody), body);
+    VeskApp::limitReply(reply);
     connect(reply, &QNetworkReply::finished, this, [this, reply] {
         reply->deleteLater();
         emit valueSent();

@@ -136,6 +136,7 @@ int VeskObject::getFrameXfer(RawFrame *rawFrame, const QHostAddress &address, co
         return -1;
     QNetworkReply *reply = VeskApp::instance()->networkAccessManager()->post(
         VeskApp::cameraRequest(address, QStringLiteral("/xfer"), VeskApp::JsonBody), body);
+    VeskApp::limitReply(reply);
     reply->setProperty("rawFrame", QVariant::fromValue(QPointer(rawFrame)));
     connect(reply, &QNetworkReply::finished, this, &VeskObject::getFrameXferFinished);
     connect(this, &QObject::destroyed, reply, &QObject::deleteLater);
@@ -150,14 +151,15 @@ void VeskObject::getFrameXferFinished()
     if (!rawFrame)
         return;
     const QByteArray body = reply->readAll();
-    if (reply->error() != QNetworkReply::NoError) {
+    // Of a connection that closes in the middle of a long body the network manager may tell no error.
+    const bool whole = body.size() >= reply->header(QNetworkRequest::ContentLengthHeader).toLongLong();
+    if (reply->error() != QNetworkReply::NoError || !whole) {
         qDebug() << "getFrameXferFinished error";
         emit rawFrame->initError();
         return;
     }
     const QByteArray family = reply->hasRawHeader("Img-Width") ? "Img-" : "Fr-";
     rawFrame->init(body, reply->rawHeader(family + "Width").toUShort(),
-                   reply->rawHeader(family + "Height").toUShort(),
-                   reply->rawHeader(family + "Size").toUInt(), reply->rawHeader("Meta-Size").toUInt(),
-                   yearOffset());
+                   reply->rawHeader(family + "Height").toUShort(), reply->rawHeader(family + "Size").toUInt(),
+                   reply->rawHeader("Meta-Size").toUInt(), yearOffset());
 }
