@@ -2,6 +2,7 @@
 #include "tests/support/http_recorder.h"
 #include "tests/support/vesk_test_main.h"
 
+#include <QNetworkReply>
 #include <QPointer>
 #include <QRegularExpression>
 #include <QSignalSpy>
@@ -87,6 +88,7 @@ private slots:
     {
         app()->connectVirtualCamera();
         QCOMPARE(cameraAt(0)->ipString(), "192.0.2.0");
+        QCOMPARE(app()->networkAccessManager()->findChildren<QNetworkReply *>().size(), 0);
         QTest::qWait(100);
         QVERIFY(!cameraAt(0)->connected());
         QVERIFY(cameraAt(0)->imgFrame()->image().isNull());
@@ -165,11 +167,45 @@ private slots:
         QCOMPARE(app()->veskObjModel()->count(), 0);
     }
 
+    void replyThatComesAfterTheDisconnectFindsTheCameraGone()
+    {
+        HttpRecorder server("127.0.2.6");
+        QVERIFY(server.isListening());
+        server.setAnswer(
+            [](const auto &) { return HttpRecorder::Reply{"{\"camera\":{\"name\":\"A\"}}", {}}; });
+        server.setHold([](const auto &) { return true; });
+        app()->connectCamera(QStringLiteral("127.0.2.6"));
+        QTRY_COMPARE(server.heldCount(), 1);
+        const QPointer<Camera> camera = cameraAt(0);
+        QSignalSpy failed(camera.data(), &Camera::cameraConnectFailed);
+        QSignalSpy selected(app(), &VeskApp::selectedVeskObjectChanged);
+        camera->disconnectCamera();
+        QCOMPARE(failed.count(), 1);
+        server.release();
+        QTest::qWait(400);
+        QVERIFY(!camera);
+        QCOMPARE(app()->veskObjModel()->count(), 0);
+        QCOMPARE(selected.count(), 1);
+        QCOMPARE(server.requests().size(), 1);
+    }
+
+    void textThatIsNoAddressIsATabThatNeverConnects()
+    {
+        QTest::ignoreMessage(QtCriticalMsg, QRegularExpression(": json parse error: "));
+        app()->connectCamera(QStringLiteral("no address"));
+        QCOMPARE(app()->veskObjModel()->count(), 1);
+        QTest::qWait(100);
+        QVERIFY(!cameraAt(0)->connected());
+        cameraAt(0)->disconnectCamera();
+        QCOMPARE(app()->veskObjModel()->count(), 0);
+    }
+
     void connectedCameraIsRemovedOnceOnDisconnect()
     {
         HttpRecorder server("127.0.2.6");
         QVERIFY(server.isListening());
-        server.setAnswer([](const auto &) { return HttpRecorder::Reply{"{\"camera\":{\"name\":\"A\"}}", {}}; });
+        server.setAnswer(
+            [](const auto &) { return HttpRecorder::Reply{"{\"camera\":{\"name\":\"A\"}}", {}}; });
         app()->connectCamera(QStringLiteral("127.0.2.6"));
         QTRY_VERIFY(cameraAt(0)->connected());
         QSignalSpy removed(app()->veskObjModel(), &QAbstractItemModel::rowsRemoved);

@@ -262,6 +262,7 @@ private slots:
         m_server->clear();
         QTRY_COMPARE(polls(), 1);
         QTRY_COMPARE(polls(), 2);
+        QCOMPARE(polled.count(), 0);
         m_server->setAnswer([](const auto &) { return json(document()); });
         QVERIFY(m_camera->connected());
         QCOMPARE(m_camera->nameValue()->text(), "Cam");

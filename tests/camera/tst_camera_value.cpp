@@ -163,7 +163,7 @@ private slots:
         QCOMPARE(exposurePuts().last().body, QByteArray::number(last));
     }
 
-    void twoValuesGoOutInTheOrderOfTheirWrites()
+    void twoValuesGoOutAsTwoRequests()
     {
         m_camera->trigOffsetValue()->setValue(-5, false);
         exposure()->setValue(200, false);
