@@ -251,12 +251,10 @@ void ImgFrameControl::wheelEvent(QWheelEvent *event)
 
 void ImgFrameControl::zoomAtPointer(int delta, const QPointF &position)
 {
-    if (delta == 0)
-        return;
     const QPoint before = pixelAt(position);
     if (delta > 0)
         m_imgFrame->zoomIn();
-    else
+    else if (delta < 0)
         m_imgFrame->zoomOut();
     const QPointF moved = pixelAt(position) - before;
     const QSizeF image = m_imgFrame->image().size();

@@ -258,10 +258,12 @@ void TestImgFrameControlInput::controlWheelKeepsThePixelUnderThePointer()
     show(plain(400, 300, Qt::red));
     m_frame->setPanX(0.25);
     m_frame->setPanY(0.3);
+    QTRY_VERIFY(!m_frame->panZoomActive());
     wheel(QPoint(50, 30), delta, Qt::ControlModifier);
     QCOMPARE(m_frame->zoomScale(), scale);
     QCOMPARE(m_frame->panX(), panX);
     QCOMPARE(m_frame->panY(), panY);
+    QVERIFY(m_frame->panZoomActive());
     // The visible part starts at a whole pixel, which may cost one.
     move(QPoint(50, 30));
     QVERIFY(std::abs(m_control->mouseX() - 150) <= 1);
