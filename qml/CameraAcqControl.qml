@@ -81,6 +81,8 @@ ControlGrid {
             enabled: root.acqState >= 1 && root.acqState <= 3
             // On press: a high-speed event does not wait for the finger to come up.
             onPressed: root.recordTriggerOrAbort()
+            Accessible.name: text || qsTr("Recording")
+            Accessible.onPressAction: root.recordTriggerOrAbort()
         }
     }
     DialogLoader {

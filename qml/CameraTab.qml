@@ -38,11 +38,11 @@ Item {
         width: root.width - 16
         height: 50
         color: Theme.boxColor
-        border.color: root.selected || activeFocus ? Theme.palette.highlight : Theme.edgeColor
+        border.color: root.selected ? Theme.palette.highlight : Theme.edgeColor
         border.width: 2
         activeFocusOnTab: true
         Accessible.role: Accessible.PageTab
-        Accessible.name: nameLabel.text
+        Accessible.name: nameLabel.text || (root.camera?.ipString ?? "")
         Accessible.selectable: true
         Accessible.selected: root.selected
         Accessible.onPressAction: root.select()
@@ -50,6 +50,13 @@ Item {
         Keys.onReturnPressed: root.select()
         Keys.onMenuPressed: menu.popup(box, 0, box.height)
 
+        Rectangle {
+            anchors.fill: parent
+            anchors.margins: 4
+            color: "transparent"
+            border.color: Theme.palette.highlight
+            visible: box.activeFocus
+        }
         Icon {
             id: icon
 

@@ -10,8 +10,16 @@ ComboBox {
     anchors.centerIn: parent
     width: parent ? parent.width - 10 : 0
     height: parent?.height ?? 0
-    focusPolicy: Qt.TabFocus
     onActivated: root.focus = false
+
+    // Closed without a choice.
+    Connections {
+        target: root.popup
+
+        function onClosed() {
+            root.focus = false;
+        }
+    }
 
     delegate: MenuItem {
         required property int index

@@ -1,3 +1,5 @@
+pragma ComponentBehavior: Bound
+
 import QtQuick
 import QtQuick.Controls
 
@@ -14,11 +16,27 @@ ScrollBar {
     /** The user moved the bar. */
     signal panned(real pan)
 
+    function step(part) {
+        root.panned(root.pan + part);
+    }
+
     policy: ScrollBar.AsNeeded
-    active: shown || pressed || hovered
+    active: shown || pressed || hovered || activeFocus
     size: 1 - maxPan
     position: pan
-    focusPolicy: Qt.NoFocus
+    focusPolicy: maxPan > 0 ? Qt.TabFocus : Qt.NoFocus
+    Accessible.onIncreaseAction: root.step(0.1)
+    Accessible.onDecreaseAction: root.step(-0.1)
+    Keys.onPressed: event => {
+        const vertical = root.orientation === Qt.Vertical;
+        if (event.key === (vertical ? Qt.Key_Down : Qt.Key_Right))
+            root.step(0.1);
+        else if (event.key === (vertical ? Qt.Key_Up : Qt.Key_Left))
+            root.step(-0.1);
+        else
+            return;
+        event.accepted = true;
+    }
     onPositionChanged: {
         if (root.pressed)
             root.panned(root.position);

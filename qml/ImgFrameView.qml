@@ -15,6 +15,7 @@ Rectangle {
 
     color: Theme.palette.base
     Keys.forwardTo: [frame]
+    Keys.onMenuPressed: zoomMenu.popup(frame, frame.width / 2, frame.height / 2)
 
     ImgFrameControl {
         id: frame

@@ -1,3 +1,5 @@
+pragma ComponentBehavior: Bound
+
 import QtQuick
 import Vesk
 
@@ -34,33 +36,33 @@ ControlGrid {
                 iconText: "\uF4D6"
                 name: qsTr("Flip horizontally")
                 active: !!root.imgAdjModel.flipH
-                onPressed: root.imgAdjModel.flipH = !root.imgAdjModel.flipH
+                onChosen: root.imgAdjModel.flipH = !root.imgAdjModel.flipH
             }
             TransformButton {
                 width: transformButtons.buttonWidth
                 iconText: "\uF4DA"
                 name: qsTr("Flip vertically")
                 active: !!root.imgAdjModel.flipV
-                onPressed: root.imgAdjModel.flipV = !root.imgAdjModel.flipV
+                onChosen: root.imgAdjModel.flipV = !root.imgAdjModel.flipV
             }
             TransformButton {
                 width: transformButtons.buttonWidth
                 iconText: "\uEB95"
                 name: qsTr("Rotate by 90 degrees")
                 active: root.rotation90 === 90
-                onPressed: root.rotateTo(90)
+                onChosen: root.rotateTo(90)
             }
             TransformButton {
                 width: transformButtons.buttonWidth
                 iconText: "\uEA3C"
                 name: qsTr("Rotate by 270 degrees")
                 active: root.rotation90 === 270
-                onPressed: root.rotateTo(270)
+                onChosen: root.rotateTo(270)
             }
         }
     }
     ControlRow {
-        rowHeight: 4
+        rowHeight: 8
     }
     ControlRow {
         label: qsTr("Focus Peaking")
@@ -85,7 +87,7 @@ ControlGrid {
         }
     }
     ControlRow {
-        rowHeight: 4
+        rowHeight: 8
     }
     ControlRow {
         label: qsTr("Histogram")

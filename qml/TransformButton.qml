@@ -1,3 +1,5 @@
+pragma ComponentBehavior: Bound
+
 import QtQuick
 import Vesk
 
@@ -7,10 +9,16 @@ IconButton {
 
     property bool active: false
 
+    /** Acts at once, on press. */
+    signal chosen
+
     height: parent?.height ?? 0
     iconSize: 20
     hoverSize: 24
     iconColor: active ? palette.highlight : "white"
     Accessible.checkable: true
     Accessible.checked: active
+    Accessible.onPressAction: root.chosen()
+    Accessible.onToggleAction: root.chosen()
+    onPressed: root.chosen()
 }

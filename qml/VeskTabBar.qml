@@ -6,7 +6,7 @@ import QtQuick.Layouts
 import Vesk
 
 /** The open sources, one tab each, under the button that adds one. */
-Item {
+FocusScope {
     id: root
 
     required property DialogLoader connectDialog

@@ -1,3 +1,5 @@
+pragma ComponentBehavior: Bound
+
 import QtQuick
 import QtQuick.Controls
 
@@ -6,6 +8,8 @@ MenuItem {
     property bool shown: true
 
     visible: shown
+    // The arrow keys step over a disabled item, but not over one that is only out of sight.
+    enabled: shown
     Accessible.name: text
     height: shown ? implicitHeight : 0
 }

@@ -1,0 +1,261 @@
+#include "camera/camera.h"
+#include "image/img_adj_model.h"
+#include "image/img_frame.h"
+#include "sim/camera.h"
+#include "tests/qml/view_fixture.h"
+#include "tests/qml/view_test_main.h"
+
+#include <QQmlProperty>
+#include <QQuickItem>
+#include <QQuickWindow>
+
+using namespace Qt::StringLiterals;
+
+/** The window worked with keys alone, and by programs that read it aloud. */
+class TestKeyboard : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void cleanup();
+
+    void tabReachesEveryControlOfACamera();
+    void everyControlHasAName_data();
+    void everyControlHasAName();
+    void focusedControlIsScrolledIntoSight();
+    void focusedTabIsNotMarkedAsSelected();
+    void tabOfANamelessCameraIsNamedByItsAddress();
+    void keysReachThePictureAfterTheAddMenu();
+    void choiceOpenedByMouseTakesKeys();
+    void choiceGivesUpFocusWhenItIsLeftAsItWas();
+    void pressActionRecords();
+    void pressActionFlips();
+    void menuKeyOffersTheZooms();
+    void arrowsMoveAZoomedPicture();
+
+private:
+    bool tabTo(const QString &name);
+    bool press(const QString &name);
+    QString focusedName() const;
+
+    ViewFixture m_view;
+};
+
+void TestKeyboard::cleanup()
+{
+    m_view.close();
+    QCOMPARE(m_view.warnings(), QStringList());
+    VeskApp::instance()->settings()->remove(u"cameras"_s);
+    VeskApp::instance()->settings()->remove(u"color_adj_pane_expanded"_s);
+}
+
+QString TestKeyboard::focusedName() const
+{
+    // The text of a composed control has the focus in place of the control.
+    for (QQuickItem *item = m_view.window()->activeFocusItem(); item; item = item->parentItem()) {
+        QAccessibleInterface *element = QAccessible::queryAccessibleInterface(item);
+        if (element && !element->text(QAccessible::Name).isEmpty())
+            return element->text(QAccessible::Name);
+    }
+    return {};
+}
+
+/** Presses Tab until the control with a name has the focus; false when it never gets it. */
+bool TestKeyboard::tabTo(const QString &name)
+{
+    QAccessible::setActive(true);
+    for (int i = 0; i < 60 && focusedName() != name; ++i)
+        QTest::keyClick(m_view.window(), Qt::Key_Tab);
+    return focusedName() == name;
+}
+
+/** Does what a screen reader does to activate an element. */
+bool TestKeyboard::press(const QString &name)
+{
+    QAccessibleInterface *element = m_view.element(name);
+    if (!element || !element->actionInterface())
+        return false;
+    element->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    return true;
+}
+
+void TestKeyboard::tabReachesEveryControlOfACamera()
+{
+    VeskApp::instance()->setSetting(u"color_adj_pane_expanded"_s, true);
+    QVERIFY(m_view.startWithCamera());
+    for (const QString &name :
+         {u"Camera"_s, u"Edit name"_s, u"Acquisition"_s, u"Black Reference"_s, u"Record"_s, u"Image Tools"_s,
+          u"Flip horizontally"_s, u"Flip vertically"_s, u"Rotate by 90 degrees"_s, u"Rotate by 270 degrees"_s,
+          u"Focus Peaking"_s, u"Exposure Assist"_s, u"Color Adjustments"_s, u"Red"_s, u"Green"_s, u"Blue"_s,
+          u"Auto White Balance"_s,
+
+          u"Add source"_s, u"Simulated Q4"_s})
+        QVERIFY2(tabTo(name), qPrintable(name));
+}
+
+void TestKeyboard::everyControlHasAName_data()
+{
+    QTest::addColumn<QString>("address");
+    QTest::newRow("connected") << u"127.0.15.1"_s;
+    QTest::newRow("never answered") << u"127.0.15.9"_s;
+}
+
+static QStringList namelessControls(QAccessibleInterface *parent)
+{
+    QStringList found;
+    for (int i = 0; i < parent->childCount(); ++i) {
+        QAccessibleInterface *child = parent->child(i);
+        if (!child || child->state().invisible)
+            continue;
+        if (child->state().focusable && child->text(QAccessible::Name).isEmpty())
+            found.append(QString::fromLatin1(child->object()->metaObject()->className()));
+        found += namelessControls(child);
+    }
+    return found;
+}
+
+void TestKeyboard::everyControlHasAName()
+{
+    QFETCH(const QString, address);
+    VeskApp::instance()->setSetting(u"color_adj_pane_expanded"_s, true);
+    q4sim::Config config;
+    config.address = QHostAddress(u"127.0.15.1"_s);
+    config.discovery = false;
+    QVERIFY(m_view.simulate(config));
+    m_view.open();
+    QAccessible::setActive(true);
+    VeskApp::instance()->connectCamera(address);
+    QTRY_VERIFY(m_view.shows(u"Black Reference"_s));
+    if (address == u"127.0.15.1"_s)
+        QTRY_VERIFY(m_view.shows(u"Auto White Balance"_s));
+    QCOMPARE(namelessControls(QAccessible::queryAccessibleInterface(m_view.window())), QStringList());
+}
+
+void TestKeyboard::focusedControlIsScrolledIntoSight()
+{
+    VeskApp::instance()->setSetting(u"color_adj_pane_expanded"_s, true);
+    QVERIFY(m_view.startWithCamera());
+    ViewFixture::settle(m_view.window());
+    const auto isInSight = [this](const QString &name) {
+        auto *item = qobject_cast<QQuickItem *>(m_view.element(name)->object());
+        const QRectF place = item->mapRectToScene({0, 0, item->width(), item->height()});
+        return place.top() >= 0 && place.bottom() <= m_view.window()->height();
+    };
+    QVERIFY(!isInSight(u"Auto White Balance"_s));
+    QVERIFY(tabTo(u"Auto White Balance"_s));
+    QVERIFY(isInSight(u"Auto White Balance"_s));
+    QVERIFY(tabTo(u"Edit name"_s));
+    QVERIFY(isInSight(u"Edit name"_s));
+}
+
+void TestKeyboard::focusedTabIsNotMarkedAsSelected()
+{
+    QVERIFY(m_view.startWithCamera());
+    q4sim::Config config;
+    config.address = QHostAddress(u"127.0.15.2"_s);
+    config.name = u"Second"_s;
+    config.discovery = false;
+    QVERIFY(m_view.simulate(config));
+    QVERIFY(m_view.connectTo(u"127.0.15.2"_s));
+    QVERIFY(tabTo(u"Second"_s));
+    QObject *tab = m_view.element(u"Second"_s, QAccessible::PageTab)->object();
+    const auto border = [tab] { return QQmlProperty::read(tab, u"border.color"_s).value<QColor>(); };
+    QCOMPARE(border(), QColor(u"#212121"_s));
+    QTest::keyClick(m_view.window(), Qt::Key_Space);
+    QTRY_COMPARE(border(), QColor(u"#D25F15"_s));
+}
+
+void TestKeyboard::tabOfANamelessCameraIsNamedByItsAddress()
+{
+    m_view.open();
+    VeskApp::instance()->connectCamera(u"127.0.15.9"_s);
+    QTRY_VERIFY(m_view.shows(u"127.0.15.9"_s, QAccessible::PageTab));
+}
+
+void TestKeyboard::keysReachThePictureAfterTheAddMenu()
+{
+    QVERIFY(m_view.startWithCamera());
+    QTRY_VERIFY(!m_view.camera()->imgFrame()->image().isNull());
+    QVERIFY(tabTo(u"Add source"_s));
+    QTest::keyClick(m_view.window(), Qt::Key_Space);
+    QTRY_VERIFY(m_view.shows(u"Connect Camera..."_s));
+    QTest::keyClick(m_view.window(), Qt::Key_Escape);
+    QTRY_VERIFY(!m_view.shows(u"Connect Camera..."_s));
+    QTest::keyClick(m_view.window(), Qt::Key_Plus, Qt::ControlModifier);
+    QCOMPARE(m_view.camera()->imgFrame()->zoomScale(), 1.25);
+}
+
+void TestKeyboard::choiceOpenedByMouseTakesKeys()
+{
+    QVERIFY(m_view.startWithCamera());
+    QTRY_VERIFY(!m_view.camera()->imgFrame()->image().isNull());
+    QVERIFY(m_view.click(u"Focus Peaking"_s));
+    QTRY_VERIFY(m_view.shows(u"High"_s));
+    for (const Qt::Key key : {Qt::Key_Down, Qt::Key_Down, Qt::Key_Return})
+        QTest::keyClick(m_view.window(), key);
+    QCOMPARE(m_view.camera()->imgAdjModel()->property("focusPeak").toInt(), 2);
+    QTRY_VERIFY(!m_view.shows(u"High"_s));
+    QTest::keyClick(m_view.window(), Qt::Key_Plus, Qt::ControlModifier);
+    QCOMPARE(m_view.camera()->imgFrame()->zoomScale(), 1.25);
+}
+
+void TestKeyboard::choiceGivesUpFocusWhenItIsLeftAsItWas()
+{
+    QVERIFY(m_view.startWithCamera());
+    QVERIFY(m_view.click(u"Focus Peaking"_s));
+    QTRY_VERIFY(m_view.shows(u"High"_s));
+    QCOMPARE(focusedName(), u"Focus Peaking"_s);
+    QTest::keyClick(m_view.window(), Qt::Key_Escape);
+    QTRY_VERIFY(!m_view.shows(u"High"_s));
+    QVERIFY(focusedName() != u"Focus Peaking"_s);
+    QCOMPARE(m_view.camera()->imgAdjModel()->property("focusPeak").toInt(), 0);
+}
+
+void TestKeyboard::pressActionRecords()
+{
+    q4sim::Camera *simulated = m_view.startWithCamera();
+    QVERIFY(simulated);
+    QTRY_VERIFY(m_view.shows(u"Record"_s, QAccessible::Button));
+    QVERIFY(press(u"Record"_s));
+    QTRY_COMPARE(simulated->requests("POST", u"/rec"_s).size(), 1);
+}
+
+void TestKeyboard::pressActionFlips()
+{
+    QVERIFY(m_view.startWithCamera());
+    QVERIFY(press(u"Flip vertically"_s));
+    QCOMPARE(m_view.camera()->imgAdjModel()->property("flipV").toBool(), true);
+}
+
+void TestKeyboard::menuKeyOffersTheZooms()
+{
+    QVERIFY(m_view.startWithCamera());
+    QTRY_VERIFY(!m_view.camera()->imgFrame()->image().isNull());
+    QTest::keyClick(m_view.window(), Qt::Key_Menu);
+    QTRY_VERIFY(m_view.shows(u"Zoom Fit"_s));
+    QTest::keyClick(m_view.window(), Qt::Key_Down);
+    QTest::keyClick(m_view.window(), Qt::Key_Return);
+    QTRY_VERIFY(m_view.camera()->imgFrame()->zoomFit());
+}
+
+void TestKeyboard::arrowsMoveAZoomedPicture()
+{
+    QVERIFY(m_view.startWithCamera());
+    ImgFrame *frame = m_view.camera()->imgFrame();
+    QTRY_VERIFY(!frame->image().isNull());
+    QVERIFY(!tabTo(u"Horizontal position"_s));
+    frame->setZoomScale(4.0);
+    frame->setPanX(0.0);
+    frame->setPanY(0.0);
+    QVERIFY(tabTo(u"Horizontal position"_s));
+    QTest::keyClick(m_view.window(), Qt::Key_Right);
+    QCOMPARE(frame->panX(), 0.1);
+    QTest::keyClick(m_view.window(), Qt::Key_Left);
+    QCOMPARE(frame->panX(), 0.0);
+    QVERIFY(tabTo(u"Vertical position"_s));
+    QTest::keyClick(m_view.window(), Qt::Key_Down);
+    QCOMPARE(frame->panY(), 0.1);
+}
+
+VIEW_TEST_MAIN(TestKeyboard)
+#include "tst_keyboard.moc"
