@@ -1,3 +1,5 @@
+pragma ComponentBehavior: Bound
+
 import Vesk
 
 /** Refuses to record while every partition holds a saved take. */

@@ -1,3 +1,5 @@
+pragma ComponentBehavior: Bound
+
 import Vesk
 
 /** Refuses a black reference while the camera has no slot for it. */

@@ -1,3 +1,5 @@
+pragma ComponentBehavior: Bound
+
 import QtQuick
 import QtQuick.Controls
 
@@ -9,11 +11,11 @@ Slider {
     /** The number shown; it is not written here. */
     required property real number
 
-    /** The user moved the slider to a number. */
-    signal numberMoved(real number)
-
     readonly property real low: Math.log(0.1)
     readonly property real high: Math.log(10)
+
+    /** The user moved the slider to a number. */
+    signal numberMoved(real number)
 
     function numberAt(position) {
         return Math.exp(root.low + (root.high - root.low) * position);
