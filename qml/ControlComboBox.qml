@@ -21,6 +21,16 @@ ComboBox {
         }
     }
 
+    // Plain text: the style's text field would be read aloud as one more control, without a name.
+    contentItem: Text {
+        leftPadding: 4 - root.padding
+        text: root.displayText
+        font: root.font
+        color: root.palette.buttonText
+        verticalAlignment: Text.AlignVCenter
+        elide: Text.ElideRight
+        Accessible.ignored: true
+    }
     delegate: MenuItem {
         required property int index
 
