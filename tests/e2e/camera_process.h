@@ -5,31 +5,32 @@
 
 /// The simulated camera as a process, and what it knows, asked over its own
 /// port.
-class CameraProcess {
+class CameraProcess
+{
 public:
-  /// Starts it at 10.77.0.2 with 1000 frames a second and memory enough that a
-  /// take goes on for almost a minute after its trigger. Gives one sentence on
-  /// what went wrong, or nothing.
-  QString start();
+    /// Starts it at 10.77.0.2 with 1000 frames a second and memory enough that a
+    /// take goes on for almost a minute after its trigger. Gives one sentence on
+    /// what went wrong, or nothing.
+    QString start();
 
-  QString address() const;
+    QString address() const;
 
-  /// Bodies of what was received, in order; for `path` see the camera's
-  /// protocol ("/rec").
-  QList<QByteArray> requests(const QByteArray &method, const QString &path);
-  /// Value of a request header of the first request of the camera's log.
-  QString firstHeader(const QString &name);
-  void forgetRequests();
+    /// Bodies of what was received, in order; for `path` see the camera's
+    /// protocol ("/rec").
+    QList<QByteArray> requests(const QByteArray &method, const QString &path);
+    /// Value of a request header of the first request of the camera's log.
+    QString firstHeader(const QString &name);
+    void forgetRequests();
 
-  /// A value of the status document ("acq/state"), whatever faults are set.
-  QJsonValue value(const QString &path);
+    /// A value of the status document ("acq/state"), whatever faults are set.
+    QJsonValue value(const QString &path);
 
-  bool put(const QString &path, const QByteArray &json);
-  /// `route` as in sim/fault.h, all of them for "*".
-  bool setFault(const QString &route, const QString &kind);
-  bool force(const QString &path, const QByteArray &json);
+    bool put(const QString &path, const QByteArray &json);
+    /// `route` as in sim/fault.h, all of them for "*".
+    bool setFault(const QString &route, const QString &kind);
+    bool force(const QString &path, const QByteArray &json);
 
 private:
-  Process m_process;
-  HttpClient m_client{address()};
+    Process m_process;
+    HttpClient m_client{address()};
 };

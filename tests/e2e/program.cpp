@@ -4,50 +4,49 @@
 
 using namespace Qt::StringLiterals;
 
-bool Program::start(const QString &display) {
-  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-  for (const char *name :
-       {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"})
-    environment.insert(QString::fromLatin1(name), m_folder);
-  environment.insert(u"DISPLAY"_s, display);
-  environment.insert(u"QT_QPA_PLATFORM"_s, u"xcb"_s);
-  environment.insert(u"QT_FORCE_STDERR_LOGGING"_s, u"1"_s);
-  environment.insert(
-      u"QT_MESSAGE_PATTERN"_s,
-      u"%{if-warning}Warning: %{endif}%{if-critical}Critical: %{endif}"
-      "%{if-fatal}Fatal: %{endif}%{message}"_s);
-  environment.remove(u"WAYLAND_DISPLAY"_s);
-  m_process.setProcessEnvironment(environment);
-  m_process.setProcessChannelMode(QProcess::MergedChannels);
-  m_process.start(QString::fromLocal8Bit(VESK_PROGRAM), {});
-  return m_process.waitForStarted(10000);
+bool Program::start(const QString &display)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const char *name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"})
+        environment.insert(QString::fromLatin1(name), m_folder);
+    environment.insert(u"DISPLAY"_s, display);
+    environment.insert(u"QT_QPA_PLATFORM"_s, u"xcb"_s);
+    environment.insert(u"QT_FORCE_STDERR_LOGGING"_s, u"1"_s);
+    environment.insert(u"QT_MESSAGE_PATTERN"_s,
+                       u"%{if-warning}Warning: %{endif}%{if-critical}Critical: %{endif}"
+                       "%{if-fatal}Fatal: %{endif}%{message}"_s);
+    environment.remove(u"WAYLAND_DISPLAY"_s);
+    m_process.setProcessEnvironment(environment);
+    m_process.setProcessChannelMode(QProcess::MergedChannels);
+    m_process.start(QString::fromLocal8Bit(VESK_PROGRAM), {});
+    return m_process.waitForStarted(10000);
 }
 
-std::optional<int> Program::exitCode(int ms) {
-  if (running() && !m_process.waitForFinished(ms))
-    return {};
-  if (m_process.exitStatus() != QProcess::NormalExit)
-    return {};
-  return m_process.exitCode();
+std::optional<int> Program::exitCode(int ms)
+{
+    if (running() && !m_process.waitForFinished(ms))
+        return {};
+    if (m_process.exitStatus() != QProcess::NormalExit)
+        return {};
+    return m_process.exitCode();
 }
 
-QStringList Program::complaints() {
-  // A process that is waited for by conditions on the screen is not read by
-  // anyone else.
-  m_process.waitForReadyRead(1);
-  QStringList found;
-  const QStringList lines =
-      QString::fromUtf8(m_process.readAllStandardOutput()).split(u'\n');
-  for (const QString &line : lines) {
-    for (const auto word :
-         {"QML "_L1, "Binding loop"_L1, "undefined"_L1, "TypeError"_L1,
-          "ReferenceError"_L1, "Warning:"_L1, "Critical:"_L1, "Fatal:"_L1,
-          "Sanitizer"_L1, "runtime error"_L1}) {
-      if (line.contains(word)) {
-        found.append(line);
-        break;
-      }
+QStringList Program::complaints()
+{
+    // A process that is waited for by conditions on the screen is not read by
+    // anyone else.
+    m_process.waitForReadyRead(1);
+    QStringList found;
+    const QStringList lines = QString::fromUtf8(m_process.readAllStandardOutput()).split(u'\n');
+    for (const QString &line : lines) {
+        for (const auto word :
+             {"QML "_L1, "Binding loop"_L1, "undefined"_L1, "TypeError"_L1, "ReferenceError"_L1,
+              "Warning:"_L1, "Critical:"_L1, "Fatal:"_L1, "Sanitizer"_L1, "runtime error"_L1}) {
+            if (line.contains(word)) {
+                found.append(line);
+                break;
+            }
+        }
     }
-  }
-  return found;
+    return found;
 }

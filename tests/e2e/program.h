@@ -4,22 +4,23 @@
 
 /// The program as a user starts it: no arguments, settings and data in the
 /// folder given.
-class Program {
+class Program
+{
 public:
-  explicit Program(const QString &folder) : m_folder(folder) {}
+    explicit Program(const QString &folder) : m_folder(folder) {}
 
-  bool start(const QString &display);
-  void stop() { m_process.stop(); }
-  bool running() const { return m_process.state() == QProcess::Running; }
+    bool start(const QString &display);
+    void stop() { m_process.stop(); }
+    bool running() const { return m_process.state() == QProcess::Running; }
 
-  /// Waits for it to end by itself. Gives its exit code, none when it is still
-  /// there or crashed.
-  std::optional<int> exitCode(int ms);
+    /// Waits for it to end by itself. Gives its exit code, none when it is still
+    /// there or crashed.
+    std::optional<int> exitCode(int ms);
 
-  /// The lines of its output that tell of something wrong, since the last call.
-  QStringList complaints();
+    /// The lines of its output that tell of something wrong, since the last call.
+    QStringList complaints();
 
 private:
-  QString m_folder;
-  Process m_process;
+    QString m_folder;
+    Process m_process;
 };

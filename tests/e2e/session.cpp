@@ -5,120 +5,135 @@
 
 using namespace Qt::StringLiterals;
 
-QString Session::start() {
-  if (const QString problem = screen.start(); !problem.isEmpty())
-    return problem;
-  if (const QString problem = camera.start(); !problem.isEmpty())
-    return problem;
-  return startProgram();
+QString Session::start()
+{
+    if (const QString problem = screen.start(); !problem.isEmpty())
+        return problem;
+    if (const QString problem = camera.start(); !problem.isEmpty())
+        return problem;
+    return startProgram();
 }
 
-QString Session::startProgram() {
-  m_window = 0;
-  if (!m_program.start(screen.display()))
-    return u"the program does not start"_s;
-  const auto shown = [this] {
-    m_window = screen.window(u"VESK"_s).value_or(0);
-    return m_window != 0;
-  };
-  if (!QTest::qWaitFor(shown, 30000))
-    return u"the program shows no window"_s;
-  m_geometry = screen.geometry(m_window);
-  screen.focus(m_window);
-  const auto found = [this] {
-    m_layout = WindowLayout(window());
-    return m_layout.valid();
-  };
-  if (!QTest::qWaitFor(found, 15000))
-    return u"the program shows no camera"_s;
-  return {};
+QString Session::startProgram()
+{
+    m_window = 0;
+    if (!m_program.start(screen.display()))
+        return u"the program does not start"_s;
+    const auto shown = [this] {
+        m_window = screen.window(u"VESK"_s).value_or(0);
+        return m_window != 0;
+    };
+    if (!QTest::qWaitFor(shown, 30000))
+        return u"the program shows no window"_s;
+    m_geometry = screen.geometry(m_window);
+    screen.focus(m_window);
+    const auto found = [this] {
+        m_layout = WindowLayout(window());
+        return m_layout.valid();
+    };
+    if (!QTest::qWaitFor(found, 15000))
+        return u"the program shows no camera"_s;
+    return {};
 }
 
-QImage Session::window() const { return screen.picture().copy(m_geometry); }
-
-ShownPicture Session::shown(const Placement &placement) const {
-  return ShownPicture(window(), m_layout.pictureArea(), placement);
+QImage Session::window() const
+{
+    return screen.picture().copy(m_geometry);
 }
 
-QPoint Session::onScreen(QPoint place) const {
-  return m_geometry.topLeft() + place;
+ShownPicture Session::shown(const Placement &placement) const
+{
+    return ShownPicture(window(), m_layout.pictureArea(), placement);
 }
 
-static QString moveTo(QPoint place) {
-  return u"mousemove %1 %2"_s.arg(place.x()).arg(place.y());
+QPoint Session::onScreen(QPoint place) const
+{
+    return m_geometry.topLeft() + place;
 }
 
-void Session::move(QPoint place) const {
-  QVERIFY(screen.input(moveTo(onScreen(place))));
+static QString moveTo(QPoint place)
+{
+    return u"mousemove %1 %2"_s.arg(place.x()).arg(place.y());
 }
 
-void Session::press(QPoint place) const {
-  QVERIFY(screen.input(moveTo(onScreen(place)) + " mousedown 1"_L1));
+void Session::move(QPoint place) const
+{
+    QVERIFY(screen.input(moveTo(onScreen(place))));
 }
 
-void Session::release() const { QVERIFY(screen.input(u"mouseup 1"_s)); }
-
-void Session::click(QPoint place, int button) const {
-  QVERIFY(screen.input(moveTo(onScreen(place)) + u" click %1"_s.arg(button)));
+void Session::press(QPoint place) const
+{
+    QVERIFY(screen.input(moveTo(onScreen(place)) + " mousedown 1"_L1));
 }
 
-void Session::wheel(QPoint place, int x11Button,
-                    const QString &modifier) const {
-  QString command = moveTo(onScreen(place));
-  command +=
-      modifier.isEmpty()
-          ? u" click %1"_s.arg(x11Button)
-          : u" keydown %2 click %1 keyup %2"_s.arg(x11Button).arg(modifier);
-  QVERIFY(screen.input(command));
+void Session::release() const
+{
+    QVERIFY(screen.input(u"mouseup 1"_s));
 }
 
-void Session::drag(QPoint from, QPoint to) const {
-  QVERIFY(screen.input(moveTo(onScreen(from)) + " mousedown 1 "_L1 +
-                       moveTo(onScreen((from + to) / 2)) + u' ' +
-                       moveTo(onScreen(to)) + " mouseup 1"_L1));
+void Session::click(QPoint place, int button) const
+{
+    QVERIFY(screen.input(moveTo(onScreen(place)) + u" click %1"_s.arg(button)));
 }
 
-void Session::key(const QString &keys) const {
-  QVERIFY(screen.input(u"key "_s + keys));
+void Session::wheel(QPoint place, int x11Button, const QString &modifier) const
+{
+    QString command = moveTo(onScreen(place));
+    command += modifier.isEmpty() ? u" click %1"_s.arg(x11Button)
+                                  : u" keydown %2 click %1 keyup %2"_s.arg(x11Button).arg(modifier);
+    QVERIFY(screen.input(command));
 }
 
-void Session::toggleSection(const QString &section, bool folded) {
-  click(m_layout.sectionHeader(section));
-  m_layout.setFolded(section, folded);
+void Session::drag(QPoint from, QPoint to) const
+{
+    QVERIFY(screen.input(moveTo(onScreen(from)) + " mousedown 1 "_L1 + moveTo(onScreen((from + to) / 2)) +
+                         u' ' + moveTo(onScreen(to)) + " mouseup 1"_L1));
 }
 
-bool Session::pickFromFileMenu(int index) const {
-  const QPoint entry = m_layout.fileMenuItem(index);
-  click(m_layout.fileMenu());
-  move(entry);
-  // The entry under the pointer is lit when the menu is there.
-  if (!wait([entry](const QImage &now) {
-        return now.pixel(entry + QPoint(80, 0)) == 0xFFD25F15;
-      }))
-    return false;
-  click(entry);
-  return true;
+void Session::key(const QString &keys) const
+{
+    QVERIFY(screen.input(u"key "_s + keys));
 }
 
-bool Session::wait(const std::function<bool(const QImage &)> &condition) const {
-  return QTest::qWaitFor([&] { return condition(window()); }, 10000);
+void Session::toggleSection(const QString &section, bool folded)
+{
+    click(m_layout.sectionHeader(section));
+    m_layout.setFolded(section, folded);
 }
 
-int Session::count(const QImage &window, const QRect &part,
-                   const std::function<bool(QRgb)> &condition) {
-  int found = 0;
-  const QRect inside = part & window.rect();
-  for (int y = inside.top(); y <= inside.bottom(); ++y) {
-    for (int x = inside.left(); x <= inside.right(); ++x)
-      found += condition(window.pixel(x, y)) ? 1 : 0;
-  }
-  return found;
+bool Session::pickFromFileMenu(int index) const
+{
+    const QPoint entry = m_layout.fileMenuItem(index);
+    click(m_layout.fileMenu());
+    move(entry);
+    // The entry under the pointer is lit when the menu is there.
+    if (!wait([entry](const QImage &now) { return now.pixel(entry + QPoint(80, 0)) == 0xFFD25F15; }))
+        return false;
+    click(entry);
+    return true;
 }
 
-void Session::keepPicture(const QString &name) const {
-  const QString folder = qEnvironmentVariable("VESK_PICTURES");
-  if (folder.isEmpty())
-    return;
-  QVERIFY(QDir().mkpath(folder));
-  QVERIFY(window().save(folder + u'/' + name + ".png"_L1));
+bool Session::wait(const std::function<bool(const QImage &)> &condition) const
+{
+    return QTest::qWaitFor([&] { return condition(window()); }, 10000);
+}
+
+int Session::count(const QImage &window, const QRect &part, const std::function<bool(QRgb)> &condition)
+{
+    int found = 0;
+    const QRect inside = part & window.rect();
+    for (int y = inside.top(); y <= inside.bottom(); ++y) {
+        for (int x = inside.left(); x <= inside.right(); ++x)
+            found += condition(window.pixel(x, y)) ? 1 : 0;
+    }
+    return found;
+}
+
+void Session::keepPicture(const QString &name) const
+{
+    const QString folder = qEnvironmentVariable("VESK_PICTURES");
+    if (folder.isEmpty())
+        return;
+    QVERIFY(QDir().mkpath(folder));
+    QVERIFY(window().save(folder + u'/' + name + ".png"_L1));
 }

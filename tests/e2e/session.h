@@ -12,58 +12,58 @@
 
 /// A user's session: a display, a camera on the network and the program, worked
 /// by mouse and keys. Places are in the main window's pixels.
-class Session {
+class Session
+{
 public:
-  /// Starts all three and waits for the live picture. One sentence on what went
-  /// wrong, or nothing.
-  QString start();
-  /// Starts the program (again) and waits until it shows a camera.
-  QString startProgram();
+    /// Starts all three and waits for the live picture. One sentence on what went
+    /// wrong, or nothing.
+    QString start();
+    /// Starts the program (again) and waits until it shows a camera.
+    QString startProgram();
 
-  CameraProcess camera;
-  Screen screen;
+    CameraProcess camera;
+    Screen screen;
 
-  Program &program() { return m_program; }
-  WindowLayout &layout() { return m_layout; }
+    Program &program() { return m_program; }
+    WindowLayout &layout() { return m_layout; }
 
-  /// What the main window shows now.
-  QImage window() const;
-  ShownPicture shown(const Placement &placement = {}) const;
+    /// What the main window shows now.
+    QImage window() const;
+    ShownPicture shown(const Placement &placement = {}) const;
 
-  void move(QPoint place) const;
-  void press(QPoint place) const;
-  void release() const;
-  void click(QPoint place, int button = 1) const;
-  /// `x11Button`: 4 up, 5 down.
-  void wheel(QPoint place, int x11Button, const QString &modifier = {}) const;
-  void drag(QPoint from, QPoint to) const;
-  void key(const QString &keys) const;
-  /// Gives the main window the keys, as after a click in it under a window
-  /// manager.
-  void focus() const { screen.focus(m_window); }
-  /// Folds or unfolds a section of the panel.
-  void toggleSection(const QString &section, bool folded);
+    void move(QPoint place) const;
+    void press(QPoint place) const;
+    void release() const;
+    void click(QPoint place, int button = 1) const;
+    /// `x11Button`: 4 up, 5 down.
+    void wheel(QPoint place, int x11Button, const QString &modifier = {}) const;
+    void drag(QPoint from, QPoint to) const;
+    void key(const QString &keys) const;
+    /// Gives the main window the keys, as after a click in it under a window
+    /// manager.
+    void focus() const { screen.focus(m_window); }
+    /// Folds or unfolds a section of the panel.
+    void toggleSection(const QString &section, bool folded);
 
-  /// Opens the "File" menu and picks an entry of WindowLayout::fileMenuItem().
-  bool pickFromFileMenu(int index) const;
+    /// Opens the "File" menu and picks an entry of WindowLayout::fileMenuItem().
+    bool pickFromFileMenu(int index) const;
 
-  /// Waits for a condition on the window; false after 10 s.
-  bool wait(const std::function<bool(const QImage &window)> &condition) const;
+    /// Waits for a condition on the window; false after 10 s.
+    bool wait(const std::function<bool(const QImage &window)> &condition) const;
 
-  /// Number of pixels in a part of the window that fulfil a condition.
-  static int count(const QImage &window, const QRect &part,
-                   const std::function<bool(QRgb)> &condition);
+    /// Number of pixels in a part of the window that fulfil a condition.
+    static int count(const QImage &window, const QRect &part, const std::function<bool(QRgb)> &condition);
 
-  /// Keeps a picture of the window in the folder of VESK_PICTURES when that is
-  /// set.
-  void keepPicture(const QString &name) const;
+    /// Keeps a picture of the window in the folder of VESK_PICTURES when that is
+    /// set.
+    void keepPicture(const QString &name) const;
 
 private:
-  QPoint onScreen(QPoint place) const;
+    QPoint onScreen(QPoint place) const;
 
-  QTemporaryDir m_folder;
-  Program m_program{m_folder.path()};
-  Screen::Window m_window = 0;
-  QRect m_geometry;
-  WindowLayout m_layout{QImage()};
+    QTemporaryDir m_folder;
+    Program m_program{m_folder.path()};
+    Screen::Window m_window = 0;
+    QRect m_geometry;
+    WindowLayout m_layout{QImage()};
 };

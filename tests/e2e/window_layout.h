@@ -8,50 +8,51 @@
 /// Where things are in the window while a camera is selected, worked out from
 /// the sizes of the design: a control that has moved is not found. All places
 /// are in the window's own pixels.
-class WindowLayout {
+class WindowLayout
+{
 public:
-  /// Takes the height of the menu bar, which is the style's, from a picture of
-  /// the window.
-  explicit WindowLayout(const QImage &window);
+    /// Takes the height of the menu bar, which is the style's, from a picture of
+    /// the window.
+    explicit WindowLayout(const QImage &window);
 
-  /// False when the picture shows no camera's panel.
-  bool valid() const { return m_top > 0; }
+    /// False when the picture shows no camera's panel.
+    bool valid() const { return m_top > 0; }
 
-  /// Tells that a section of the panel is folded; "Color Adjustments" is so
-  /// from the start.
-  void setFolded(const QString &section, bool folded);
+    /// Tells that a section of the panel is folded; "Color Adjustments" is so
+    /// from the start.
+    void setFolded(const QString &section, bool folded);
 
-  QPoint sectionHeader(const QString &section) const;
-  /// The widget of a row of the panel: "Record", "Focus Peaking".
-  QRect widget(const QString &row) const;
-  /// Left to right: flips, quarter turns.
-  QPoint transformButton(int index) const;
-  QPoint editNameButton() const;
-  /// An entry of a combo box's open list.
-  QPoint choice(const QString &row, int index) const;
+    QPoint sectionHeader(const QString &section) const;
+    /// The widget of a row of the panel: "Record", "Focus Peaking".
+    QRect widget(const QString &row) const;
+    /// Left to right: flips, quarter turns.
+    QPoint transformButton(int index) const;
+    QPoint editNameButton() const;
+    /// An entry of a combo box's open list.
+    QPoint choice(const QString &row, int index) const;
 
-  QPoint fileMenu() const;
-  /// Connect Camera, Disconnect, Exit.
-  QPoint fileMenuItem(int index) const;
+    QPoint fileMenu() const;
+    /// Connect Camera, Disconnect, Exit.
+    QPoint fileMenuItem(int index) const;
 
-  /// The first tab: its box, the icon in it, and the camera's name.
-  QRect tab() const;
-  QRect tabIcon() const;
-  QRect tabName() const;
+    /// The first tab: its box, the icon in it, and the camera's name.
+    QRect tab() const;
+    QRect tabIcon() const;
+    QRect tabName() const;
 
-  /// Left of the tabs and under the menu bar.
-  QRect mainArea() const;
+    /// Left of the tabs and under the menu bar.
+    QRect mainArea() const;
 
-  /// Where the picture may be, and the texts around it.
-  QRect pictureArea() const;
-  QRect timestamp() const;
-  QRect readOut() const;
+    /// Where the picture may be, and the texts around it.
+    QRect pictureArea() const;
+    QRect timestamp() const;
+    QRect readOut() const;
 
 private:
-  int panelTop() const { return m_top + 2; }
-  int sectionTop(const QString &section) const;
+    int panelTop() const { return m_top + 2; }
+    int sectionTop(const QString &section) const;
 
-  QSize m_size;
-  int m_top = 0; ///< of all that is under the menu bar
-  QSet<QString> m_folded = {QStringLiteral("Color Adjustments")};
+    QSize m_size;
+    int m_top = 0; ///< of all that is under the menu bar
+    QSet<QString> m_folded = {QStringLiteral("Color Adjustments")};
 };
