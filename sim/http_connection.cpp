@@ -208,7 +208,8 @@ void HttpConnection::endRequest()
         return;
     }
     m_request = {};
-    m_stage = Stage::Head;
+    if (m_stage != Stage::Closed) // by the client, in mid-answer
+        m_stage = Stage::Head;
 }
 
 void HttpConnection::closeBehindAnswer()
