@@ -208,8 +208,7 @@ void HttpConnection::endRequest()
         return;
     }
     m_request = {};
-    if (m_stage != Stage::Closed) // by the client, in mid-answer
-        m_stage = Stage::Head;
+    m_stage = Stage::Head;
 }
 
 void HttpConnection::closeBehindAnswer()

@@ -164,11 +164,6 @@ void TestSimProgram::bareCameraCanBeGivenThings()
 void TestSimProgram::memoryDoesNotGrowWithAFirmwareFile()
 {
     QProcess process;
-    // Under the address sanitizer freed memory is kept for a while, which is no growth of the program's.
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("ASAN_OPTIONS", environment.value("ASAN_OPTIONS") +
-                                           ":quarantine_size_mb=1:thread_local_quarantine_size_kb=64");
-    process.setProcessEnvironment(environment);
     start(process, {"--address", "127.0.1.60", "--no-discovery"});
     // Most memory that the process has held so far, in KiB.
     const auto peak = [&process] {
