@@ -50,7 +50,7 @@ QString Camera::listen()
     if (const QString text = configError(m_config); !text.isEmpty())
         return text;
     auto front = std::make_unique<HttpFront>(*this);
-    if (const QString text = front->start(m_config.address, m_config.port); !text.isEmpty())
+    if (const QString text = front->listen(m_config.address, m_config.port); !text.isEmpty())
         return text;
     if (m_config.discovery) {
         auto discovery = std::make_unique<Discovery>();
@@ -163,8 +163,10 @@ Answer Camera::answer(const QByteArray &method, const QString &path, const QByte
     return m_model.handle({method, path, {}, body, m_config.clock->nowNs()});
 }
 
-void Camera::log(const Request &request)
+Answer Camera::receive(const Request &request, Fault *fault)
 {
+    if (request.path.startsWith(u"/sim/"))
+        return control(*this, request);
     {
         const QMutexLocker lock(&m_mutex);
         m_requests.append(request);
@@ -172,59 +174,12 @@ void Camera::log(const Request &request)
             m_requests.removeFirst();
     }
     emit requestReceived(request);
-}
-
-Answer Camera::receive(const Request &request, Fault *fault)
-{
-    if (request.path.startsWith(u"/sim/"))
-        return control(*this, request);
-    log(request);
     const QMutexLocker lock(&m_mutex);
     *fault = takeFault(routeOf(request));
     Answer answer;
     if (!hasNoEffect(fault->kind))
         answer = m_model.handle(request);
-    spoil(*fault, &answer, m_divisorsKnown);
-    const bool isStatus = request.method == "GET" && request.path == u"/";
-    if (isStatus && !m_divisorsKnown && fault->kind != FaultKind::NoAnswer)
-        m_divisorsKnown = showsDivisors(answer);
-    return answer;
-}
-
-QString Camera::operate(const QJsonObject &order)
-{
-    const QMutexLocker lock(&m_mutex);
-    return m_model.operate(order, m_config.clock->nowNs());
-}
-
-QJsonObject Camera::upload() const
-{
-    const QMutexLocker lock(&m_mutex);
-    return m_model.upload();
-}
-
-Fault Camera::beginUpload(const Request &request, qint64 bodySize)
-{
-    log(request);
-    const QMutexLocker lock(&m_mutex);
-    const Fault fault = takeFault(Route::Q4fw);
-    m_model.beginUpload(bodySize);
-    return fault;
-}
-
-void Camera::continueUpload(qint64 bytes)
-{
-    const QMutexLocker lock(&m_mutex);
-    m_model.continueUpload(bytes);
-}
-
-Answer Camera::endUpload(const Upload &upload, const Fault &fault)
-{
-    const QMutexLocker lock(&m_mutex);
-    Answer answer;
-    if (!hasNoEffect(fault.kind))
-        answer = m_model.endUpload(upload, m_config.clock->nowNs());
-    spoil(fault, &answer, m_divisorsKnown);
+    spoil(*fault, &answer);
     return answer;
 }
 

@@ -15,7 +15,6 @@ namespace q4sim
 {
 
 class Discovery;
-class HttpConnection;
 class HttpFront;
 
 /// One simulated camera on the network.
@@ -51,7 +50,7 @@ public:
     const Config &config() const { return m_config; }
 
     /// What was received, oldest first: all, or those of one method and path. The control path is left out,
-    /// only the newest 50000 are kept, and a firmware upload stands there from its head on, without a body.
+    /// and only the newest 50000 are kept.
     QList<Request> requests() const;
     QList<Request> requests(const QByteArray &method, const QString &path) const;
     void clearRequests();
@@ -68,24 +67,13 @@ public:
     void forceValue(const QString &path, const QJsonValue &value);
     void setTakeLocked(int number, bool locked);
 
-    /// Does to the camera what a hand does: plugs, pulls and breaks. Each key is one thing:
-    ///   "lens": "mount", "remove" or "fail"          "af_switch": 0 for autofocus, else manual
-    ///   "shutter": "work" or "fail" at its next move "sync_fps": signal at the sync input, frames/s; 0: none
-    ///   "ssd": "insert", "insert-blank", "insert-broken" or "remove"
-    /// Returns an empty text, or one sentence on what makes no sense; then nothing is done.
-    QString operate(const QJsonObject &order);
-
-    /// The last firmware upload: "expected" and "received" bytes of the body, "complete", and when complete
-    /// "error", "file_name", "size" and "sha256" (hex) of the file and the "headers" of the form's part.
-    QJsonObject upload() const;
-
     /// What the live frame of this moment is made of; pixel() of both gives any of its bytes.
     SceneParams sceneParams() const;
     qint64 liveFrame() const;
     /// Time that a frame's metadata carries, ns since 1970.
     qint64 frameTimeNs(qint64 frame) const;
 
-    /// Answers a request as if it had come over the network, without fault and log. Knows no firmware upload.
+    /// Answers a request as if it had come over the network, without fault and log.
     Answer answer(const QByteArray &method, const QString &path, const QByteArray &body = {});
 
 signals:
@@ -93,24 +81,17 @@ signals:
     void requestReceived(const q4sim::Request &request);
 
 private:
-    friend class HttpConnection;
+    friend class HttpFront;
 
     /// Fault for a request, one use of it taken off.
     Fault takeFault(Route route);
     Answer receive(const Request &request, Fault *fault);
-    void log(const Request &request);
-
-    // A firmware upload, as its body comes in. One whose connection breaks is just not ended.
-    Fault beginUpload(const Request &request, qint64 bodySize);
-    void continueUpload(qint64 bytes);
-    Answer endUpload(const Upload &upload, const Fault &fault);
 
     Config m_config;
     mutable QRecursiveMutex m_mutex; ///< over all below but the two network objects
     mutable CameraModel m_model;
     QList<Request> m_requests;
     std::map<Route, Fault> m_faults;
-    bool m_divisorsKnown = false; ///< a status with the values that clients divide by has been sent
     std::unique_ptr<HttpFront> m_front;
     std::unique_ptr<Discovery> m_discovery;
 };

@@ -18,19 +18,18 @@ struct RouteName {
     const char *name;
     Route route;
 };
-constexpr std::array<RouteName, 7> routeNames = {{{"status", Route::Status},
+constexpr std::array<RouteName, 6> routeNames = {{{"status", Route::Status},
                                                   {"xfer", Route::Xfer},
                                                   {"bref", Route::Bref},
                                                   {"put", Route::Put},
                                                   {"ssd-ls", Route::SsdLs},
-                                                  {"command", Route::Command},
-                                                  {"q4fw", Route::Q4fw}}};
+                                                  {"command", Route::Command}}};
 
 struct KindName {
     const char *name;
     FaultKind kind;
 };
-constexpr std::array<KindName, 15> kindNames = {{{"none", FaultKind::None},
+constexpr std::array<KindName, 13> kindNames = {{{"none", FaultKind::None},
                                                  {"delay", FaultKind::Delay},
                                                  {"drip", FaultKind::Drip},
                                                  {"close-mid-body", FaultKind::CloseMidBody},
@@ -42,12 +41,7 @@ constexpr std::array<KindName, 15> kindNames = {{{"none", FaultKind::None},
                                                  {"wrong-types", FaultKind::WrongTypes},
                                                  {"missing-keys", FaultKind::MissingKeys},
                                                  {"empty-reply", FaultKind::EmptyReply},
-                                                 {"no-answer", FaultKind::NoAnswer},
-                                                 {"close-upload", FaultKind::CloseUpload},
-                                                 {"slow-upload", FaultKind::SlowUpload}}};
-
-// What clients divide by.
-constexpr std::array divisors = {"acq/exp_clks_mult", "acq/fr_clks", "acq/fr_clks_min"};
+                                                 {"no-answer", FaultKind::NoAnswer}}};
 
 QJsonValue wrongType(const QJsonValue &value)
 {
@@ -61,21 +55,14 @@ QJsonValue wrongType(const QJsonValue &value)
     return object;
 }
 
-void spoilTree(const Fault &fault, Answer *answer, bool knownDivisors)
+void spoilTree(const Fault &fault, Answer *answer)
 {
-    const QJsonObject healthy = QJsonDocument::fromJson(answer->body).object();
-    QJsonObject tree = healthy;
+    QJsonObject tree = QJsonDocument::fromJson(answer->body).object();
     const bool missing = fault.kind == FaultKind::MissingKeys;
     if (fault.keys.isEmpty())
         tree = missing ? QJsonObject() : wrongType(tree).toObject();
     for (const QString &path : fault.keys)
         setValueAt(tree, path, missing ? QJsonValue(QJsonValue::Undefined) : wrongType(valueAt(tree, path)));
-    for (const char *divisor : divisors) {
-        const QString path = QString::fromLatin1(divisor);
-        const QJsonValue value = valueAt(healthy, path);
-        if (!value.isUndefined() && !(missing && knownDivisors))
-            setValueAt(tree, path, value);
-    }
     answer->body = QJsonDocument(tree).toJson(QJsonDocument::Compact);
 }
 
@@ -107,19 +94,9 @@ Route routeOf(const Request &request)
         return Route::Status;
     if (request.path == u"/xfer")
         return Route::Xfer;
-    if (request.path == u"/q4fw")
-        return Route::Q4fw;
     if (request.path == u"/bref")
         return Route::Bref;
     return request.path == u"/ssd-ls" ? Route::SsdLs : Route::Command;
-}
-
-bool showsDivisors(const Answer &answer)
-{
-    const QJsonObject tree = QJsonDocument::fromJson(answer.body).object();
-    return std::all_of(divisors.begin(), divisors.end(), [&tree](const char *divisor) {
-        return valueAt(tree, QString::fromLatin1(divisor)).toDouble() > 0;
-    });
 }
 
 bool hasNoEffect(FaultKind kind)
@@ -127,7 +104,7 @@ bool hasNoEffect(FaultKind kind)
     return kind == FaultKind::Http500 || kind == FaultKind::NoAnswer;
 }
 
-void spoil(const Fault &fault, Answer *answer, bool knownDivisors)
+void spoil(const Fault &fault, Answer *answer)
 {
     switch (fault.kind) {
     case FaultKind::Http500:
@@ -148,7 +125,7 @@ void spoil(const Fault &fault, Answer *answer, bool knownDivisors)
         break;
     case FaultKind::WrongTypes:
     case FaultKind::MissingKeys:
-        spoilTree(fault, answer, knownDivisors);
+        spoilTree(fault, answer);
         break;
     case FaultKind::LyingSizes:
         lie(fault, answer);
@@ -158,8 +135,6 @@ void spoil(const Fault &fault, Answer *answer, bool knownDivisors)
     case FaultKind::Drip:
     case FaultKind::CloseMidBody:
     case FaultKind::NoAnswer:
-    case FaultKind::CloseUpload:
-    case FaultKind::SlowUpload:
         break;
     }
 }

@@ -11,7 +11,7 @@ namespace q4sim
 {
 
 /// Kinds of requests that faults are set for.
-enum class Route { Status, Xfer, Bref, Put, SsdLs, Command, Q4fw };
+enum class Route { Status, Xfer, Bref, Put, SsdLs, Command };
 
 enum class FaultKind {
     None,
@@ -23,18 +23,11 @@ enum class FaultKind {
     Http500,       ///< refuses with 500 and the request has no effect
     InvalidJson,   ///< a body that is no JSON
     TruncatedJson, ///< the body without its last `bytes` bytes (0: half)
-    WrongTypes,  ///< numbers become texts, other values the number 1; at `keys` or everywhere, but see below
-    MissingKeys, ///< without `keys` (empty: an empty object), but see below
-    EmptyReply,  ///< 200 with an empty body
-    NoAnswer,    ///< the connection stays open, nothing is sent and the request has no effect
-    CloseUpload, ///< breaks the connection behind `bytes` bytes of a firmware upload's body (0: half of it)
-    SlowUpload   ///< reads `bytes` bytes (0: as many as there are, at most 64 KiB) of an upload every `ms`
+    WrongTypes,    ///< numbers become texts, other values the number 1; at `keys` or everywhere
+    MissingKeys,   ///< without `keys` (empty: an empty object)
+    EmptyReply,    ///< 200 with an empty body
+    NoAnswer       ///< the connection stays open, nothing is sent and the request has no effect
 };
-
-// Three values of the status outlive WrongTypes always, and MissingKeys until a status with them has been
-// sent: acq/exp_clks_mult, acq/fr_clks and acq/fr_clks_min. Clients divide by them, and by contract a camera
-// reports them from the first status on, as whole numbers above 0; their registers have hard-wired minima,
-// so that no state of the firmware can show anything else. A client that breaks without them is not at fault.
 
 struct Fault {
     FaultKind kind = FaultKind::None;
@@ -47,12 +40,8 @@ struct Fault {
 
 Route routeOf(const Request &request);
 
-/// Applies a fault that lies in status, headers or body; the others leave the answer alone. `knownDivisors`
-/// tells that a status with the three values above has been sent before.
-void spoil(const Fault &fault, Answer *answer, bool knownDivisors);
-
-/// True for a status that shows the three values above.
-bool showsDivisors(const Answer &answer);
+/// Applies a fault that lies in status, headers or body; the others leave the answer alone.
+void spoil(const Fault &fault, Answer *answer);
 
 /// True when the camera does not carry out a request under this fault.
 bool hasNoEffect(FaultKind kind);

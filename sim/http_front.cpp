@@ -1,26 +1,116 @@
 #include "sim/http_front.h"
 
-#include "sim/http_connection.h"
+#include "sim/camera.h"
 
 #include <QHostAddress>
+#include <QHttpHeaders>
+#include <QHttpServerRequest>
+#include <QMetaEnum>
+
+#include <algorithm>
 
 namespace q4sim
 {
 
-QString HttpFront::start(const QHostAddress &address, quint16 port)
+namespace
 {
-    if (listen(address, port))
-        return {};
-    return QStringLiteral("cannot listen on %1 port %2: %3")
-        .arg(address.toString())
-        .arg(port)
-        .arg(errorString());
+
+QByteArray methodName(QHttpServerRequest::Method method)
+{
+    return QByteArray(QMetaEnum::fromType<QHttpServerRequest::Method>().valueToKey(static_cast<int>(method)))
+        .toUpper();
 }
 
-void HttpFront::incomingConnection(qintptr handle)
+Request toRequest(const QHttpServerRequest &received, const Clock &clock)
 {
-    // A child: the connections end with the server.
-    new HttpConnection(handle, m_camera, this);
+    Request request;
+    request.method = methodName(received.method());
+    request.path = received.url().path().isEmpty() ? QStringLiteral("/") : received.url().path();
+    const QHttpHeaders &headers = received.headers();
+    for (qsizetype i = 0; i < headers.size(); ++i)
+        request.headers.append({QByteArray(headers.nameAt(i).data(), headers.nameAt(i).size()),
+                                headers.valueAt(i).toByteArray()});
+    request.body = received.body();
+    request.timeNs = clock.nowNs();
+    return request;
+}
+
+void send(QHttpServerResponder &responder, const Answer &answer)
+{
+    QHttpHeaders headers;
+    headers.append(QHttpHeaders::WellKnownHeader::ContentType, answer.contentType);
+    for (const auto &[name, value] : answer.headers)
+        headers.append(name, value);
+    responder.write(answer.body, headers, static_cast<QHttpServerResponder::StatusCode>(answer.status));
+}
+
+} // namespace
+
+HttpFront::HttpFront(Camera &camera) : m_camera(camera) {}
+
+HttpFront::~HttpFront()
+{
+    // Held answers refer to connections, which the base class closes.
+    m_held.clear();
+}
+
+QString HttpFront::listen(const QHostAddress &address, quint16 port)
+{
+    auto tcp = std::make_unique<FaultTcpServer>();
+    if (!tcp->listen(address, port))
+        return QStringLiteral("cannot listen on %1 port %2: %3")
+            .arg(address.toString())
+            .arg(port)
+            .arg(tcp->errorString());
+    if (!bind(tcp.get()))
+        return QStringLiteral("cannot serve %1").arg(address.toString());
+    m_tcp = tcp.release();
+    m_tcp->setParent(this);
+    return {};
+}
+
+bool HttpFront::handleRequest(const QHttpServerRequest &request, QHttpServerResponder &responder)
+{
+    Fault fault;
+    const Answer answer = m_camera.receive(toRequest(request, *m_camera.config().clock), &fault);
+    if (fault.kind == FaultKind::NoAnswer || fault.kind == FaultKind::Delay) {
+        hold(std::move(responder), answer, fault.kind == FaultKind::Delay ? fault.ms : -1);
+        return true;
+    }
+    armConnection(fault, answer, request);
+    send(responder, answer);
+    return true;
+}
+
+void HttpFront::missingHandler(const QHttpServerRequest &, QHttpServerResponder &responder)
+{
+    send(responder, refusal(404, QStringLiteral("not found")));
+}
+
+void HttpFront::armConnection(const Fault &fault, const Answer &answer, const QHttpServerRequest &request)
+{
+    if (fault.kind != FaultKind::Drip && fault.kind != FaultKind::CloseMidBody)
+        return;
+    FaultSocket *connection = m_tcp->connection(request.remoteAddress(), request.remotePort());
+    if (!connection)
+        return;
+    if (fault.kind == FaultKind::Drip)
+        connection->drip(fault.bytes > 0 ? fault.bytes : 1000, fault.ms);
+    else
+        connection->closeAfter(fault.bytes > 0 ? std::min<qint64>(fault.bytes, answer.body.size())
+                                               : answer.body.size() / 2);
+}
+
+void HttpFront::hold(QHttpServerResponder &&responder, const Answer &answer, int ms)
+{
+    const int id = m_nextHeld++;
+    m_held.emplace(id, std::move(responder));
+    if (ms < 0)
+        return;
+    QTimer::singleShot(ms, this, [this, id, answer] {
+        auto node = m_held.extract(id);
+        send(node.mapped(), answer);
+    });
 }
 
 } // namespace q4sim

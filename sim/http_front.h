@@ -1,31 +1,42 @@
 #pragma once
 
-#include <QTcpServer>
+#include "sim/fault.h"
+#include "sim/fault_socket.h"
+
+#include <QAbstractHttpServer>
+#include <QHttpServerResponder>
+
+#include <map>
 
 namespace q4sim
 {
 
 class Camera;
 
-/// Takes the connections to a camera's port.
-///
-/// The HTTP is the simulation's own: a ready-made server holds a body in memory until it is complete, and a
-/// firmware file must not be held at all.
-class HttpFront : public QTcpServer
+/// Carries requests from the network to a camera and its answers back, faults applied.
+class HttpFront : public QAbstractHttpServer
 {
     Q_OBJECT
 
 public:
-    explicit HttpFront(Camera &camera) : m_camera(camera) {}
+    explicit HttpFront(Camera &camera);
+    ~HttpFront() override;
 
     /// Returns an empty text, or what went wrong.
-    QString start(const QHostAddress &address, quint16 port);
+    QString listen(const QHostAddress &address, quint16 port);
 
 protected:
-    void incomingConnection(qintptr handle) override;
+    bool handleRequest(const QHttpServerRequest &request, QHttpServerResponder &responder) override;
+    void missingHandler(const QHttpServerRequest &request, QHttpServerResponder &responder) override;
 
 private:
+    void armConnection(const Fault &fault, const Answer &answer, const QHttpServerRequest &request);
+    void hold(QHttpServerResponder &&responder, const Answer &answer, int ms);
+
     Camera &m_camera;
+    FaultTcpServer *m_tcp = nullptr;            ///< a child
+    std::map<int, QHttpServerResponder> m_held; ///< answers that come later or never
+    int m_nextHeld = 0;
 };
 
 } // namespace q4sim
