@@ -14,8 +14,7 @@
  * role 256 ("qtObject") is the item itself, role 257 + i its property number i, inherited ones included.
  * A property with a notify signal tells the views of its change by itself. Lives on the GUI thread.
  */
-template <class ItemType>
-class QQmlObjectListModel : public QQmlObjectListModelBase
+template <class ItemType> class QQmlObjectListModel : public QQmlObjectListModelBase
 {
 public:
     /** displayRole and uidRole name the properties behind Qt::DisplayRole and get(uid); both may be empty. */

@@ -187,8 +187,7 @@ void VeskApp::setNullVeskObject(BackgroundView view)
 {
     if (VeskObject *veskObj = m_selectedVeskObject) {
         veskObj->setSelected(false);
-        disconnect(veskObj, &VeskObject::shouldBeUnselected, this,
-                   qOverload<>(&VeskApp::setNullVeskObject));
+        disconnect(veskObj, &VeskObject::shouldBeUnselected, this, qOverload<>(&VeskApp::setNullVeskObject));
         disconnect(veskObj, &QObject::destroyed, this, &VeskApp::forgetSelected);
         m_selectedVeskObject = nullptr;
         emit selectedVeskObjectChanged();

@@ -20,8 +20,8 @@ int knownType(int type)
 
 VeskValue::VeskValue(const QStringList &jsonPath, int type, QObject *parent, QVariant *storage,
                      const QStringList &altJsonPath)
-    : QObject(parent), m_jsonPath(jsonPath), m_value(storage ? storage : new QVariant),
-      m_ownsValue(!storage), m_type(knownType(type)), m_altJsonPath(altJsonPath)
+    : QObject(parent), m_jsonPath(jsonPath), m_value(storage ? storage : new QVariant), m_ownsValue(!storage),
+      m_type(knownType(type)), m_altJsonPath(altJsonPath)
 {
 }
 

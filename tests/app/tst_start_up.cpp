@@ -87,9 +87,9 @@ private slots:
         const QString first = log.section('\n', 0, 0);
         QVERIFY2(first.startsWith("Debug: ") && first.contains(year), qPrintable(first));
         QVERIFY(!log.contains("vesk/log ="));
-        const QStringList labels{"VESK version:", "Host:", "Product:", "Type:", "Version:", "Boot ID:",
-                                 "Build:", "CPU:", "Kernel:", "Kernel version:", "Qt version:", "Qt path:",
-                                 "Settings path:"};
+        const QStringList labels{"VESK version:", "Host:",    "Product:",      "Type:",   "Version:",
+                                 "Boot ID:",      "Build:",   "CPU:",          "Kernel:", "Kernel version:",
+                                 "Qt version:",   "Qt path:", "Settings path:"};
         for (qsizetype i = 0; i < labels.size(); ++i)
             QVERIFY2(log.section('\n', int(i) + 1, int(i) + 1).startsWith("Debug: " + labels[i]),
                      qPrintable(labels[i]));
@@ -111,7 +111,8 @@ private slots:
         writeSettings("{\"vesk\":{\"log\":1}}");
         start();
         const QString log = contentOf(logPath());
-        for (const char *line : {"Debug: a debug", "Info: an info", "Warning: a warning", "Critical: a critical"})
+        for (const char *line :
+             {"Debug: a debug", "Info: an info", "Warning: a warning", "Critical: a critical"})
             QVERIFY2(log.contains(QString("\n%1\n").arg(line)), line);
     }
 

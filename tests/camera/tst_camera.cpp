@@ -18,10 +18,9 @@ private:
     static QJsonObject document()
     {
         return {{"camera", QJsonObject{{"name", "Cam"}, {"serial", "42"}, {"fw_ver", "1.2"}}},
-                {"acq", QJsonObject{{"exp_clks", 100},
-                                    {"state", 1},
-                                    {"prtn_cnt", 4},
-                                    {"saved_takes", QJsonArray{1, 2}}}},
+                {"acq",
+                 QJsonObject{
+                     {"exp_clks", 100}, {"state", 1}, {"prtn_cnt", 4}, {"saved_takes", QJsonArray{1, 2}}}},
                 {"meta", QJsonObject{{"year_offset", 1000}}},
                 {"adjust", QJsonObject{{"gain", 2.0}, {"cfa", 1}}}};
     }
@@ -143,8 +142,8 @@ private slots:
         QTRY_COMPARE(m_server->requests("PUT", "/meta/time").size(), 1);
         const QByteArray body = m_server->requests("PUT", "/meta/time")[0].body;
         QVERIFY(body.startsWith('"') && body.endsWith('"'));
-        const QDateTime sent = QDateTime::fromString(
-            QString::fromLatin1(body.mid(1, body.size() - 2)), "yyyy-MM-dd hh:mm:ss");
+        const QDateTime sent =
+            QDateTime::fromString(QString::fromLatin1(body.mid(1, body.size() - 2)), "yyyy-MM-dd hh:mm:ss");
         QVERIFY2(sent.isValid(), body.constData());
         const QDateTime utc(sent.date(), sent.time(), QTimeZone::UTC);
         QVERIFY(qAbs(utc.secsTo(QDateTime::currentDateTimeUtc())) < 10);
@@ -312,9 +311,7 @@ private slots:
         QVERIFY(m_camera->connected());
         m_server = std::make_unique<HttpRecorder>("127.0.2.2");
         QVERIFY(m_server->isListening());
-        m_server->setAnswer([](const auto &) {
-            return json({{"camera", QJsonObject{{"name", "Back"}}}});
-        });
+        m_server->setAnswer([](const auto &) { return json({{"camera", QJsonObject{{"name", "Back"}}}}); });
         QTRY_COMPARE_WITH_TIMEOUT(m_camera->nameValue()->text(), "Back", 10000);
     }
 

@@ -48,7 +48,8 @@ private slots:
         row("open shutter", "/shtr", "{\"pos\":0}", [](Camera &c) { c.shutterMove(false); });
         row("eject", "/ssd-umount", "", [](Camera &c) { c.ssdUmount(); });
         row("format", "/ssd-format", "{\"name\":\"DISK\"}", [](Camera &c) { c.ssdFormat("DISK"); });
-        row("format with quote", "/ssd-format", "{\"name\":\"A\"B\"}", [](Camera &c) { c.ssdFormat("A\"B"); });
+        row("format with quote", "/ssd-format", "{\"name\":\"A\"B\"}",
+            [](Camera &c) { c.ssdFormat("A\"B"); });
     }
 
     void commandPostsItsBody()
@@ -69,7 +70,8 @@ private slots:
     void refusedCommandIsSilent()
     {
         m_server->setAnswer([](const auto &) {
-            return HttpRecorder::Reply{"{\"error\":\"busy\"}", {}, QHttpServerResponder::StatusCode::Conflict};
+            return HttpRecorder::Reply{
+                "{\"error\":\"busy\"}", {}, QHttpServerResponder::StatusCode::Conflict};
         });
         m_camera->acqStateValue()->setValueFromJson(1);
         m_camera->record();

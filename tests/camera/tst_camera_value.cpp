@@ -111,8 +111,8 @@ private slots:
         QTest::addColumn<QVariant>("value");
         QTest::addColumn<QByteArray>("body");
         QTest::newRow("text") << int(QMetaType::QString) << QVariant("Cam 1") << QByteArray("\"Cam 1\"");
-        QTest::newRow("text with quote") << int(QMetaType::QString) << QVariant("a\"b")
-                                         << QByteArray("\"a\"b\"");
+        QTest::newRow("text with quote")
+            << int(QMetaType::QString) << QVariant("a\"b") << QByteArray("\"a\"b\"");
         QTest::newRow("text beyond ascii") << int(QMetaType::QString) << QVariant(QString::fromUtf8("Bänk"))
                                            << QByteArray("\"B\xc3\xa4nk\"");
         QTest::newRow("int") << int(QMetaType::Int) << QVariant(5) << QByteArray("5");

@@ -21,8 +21,7 @@ private:
 };
 
 /** main() of a test that runs inside the real application object, with a network manager of its own. */
-template <class Test>
-int runVeskTest(int argc, char *argv[])
+template <class Test> int runVeskTest(int argc, char *argv[])
 {
     const TestFolders folders;
     int appArgc = 1;
