@@ -90,13 +90,23 @@ int runPlain(int argc, char **argv, int seconds, const QStringList &addresses)
     return QCoreApplication::exec();
 }
 
+/** The program as it starts, without looking for cameras. */
+struct Program {
+    explicit Program(char **argv) : app(argc, argv, u"VESK"_s, u"10.0"_s, u"morvane.example"_s, u"Morvane"_s)
+    {
+        app.stopBroadcast();
+        loadInterface(app, engine);
+    }
+
+    int argc = 1;
+    VeskApp app;
+    QQmlApplicationEngine engine;
+};
+
 int runIdle(char **argv, int seconds, const QStringList &addresses)
 {
-    int appArgc = 1;
-    VeskApp app(appArgc, argv, u"VESK"_s, u"10.0"_s, u"morvane.example"_s, u"Morvane"_s);
-    app.stopBroadcast();
-    QQmlApplicationEngine engine;
-    loadInterface(app, engine);
+    Program program(argv);
+    VeskApp &app = program.app;
     int polls = 0;
     for (const QString &address : addresses)
         app.connectCamera(address);
@@ -113,11 +123,8 @@ int runIdle(char **argv, int seconds, const QStringList &addresses)
 
 int runLive(char **argv, int seconds, const QString &address)
 {
-    int appArgc = 1;
-    VeskApp app(appArgc, argv, u"VESK"_s, u"10.0"_s, u"morvane.example"_s, u"Morvane"_s);
-    app.stopBroadcast();
-    QQmlApplicationEngine engine;
-    loadInterface(app, engine);
+    Program program(argv);
+    VeskApp &app = program.app;
     app.connectCamera(address);
     int frames = 0;
     QObject::connect(app.selectedVeskObject()->imgFrame(), &ImgFrame::imageChanged, &app, [&] { ++frames; });
