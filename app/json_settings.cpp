@@ -23,21 +23,17 @@ void readObject(const QJsonObject &object, const QString &prefix, QSettings::Set
 QJsonObject toObject(const QSettings::SettingsMap &map)
 {
     QJsonObject object;
-    QStringList groupNames;
-    QHash<QString, QSettings::SettingsMap> groups;
+    QMap<QString, QSettings::SettingsMap> groups;
     for (auto it = map.begin(); it != map.end(); ++it) {
         const qsizetype slash = it.key().indexOf(QLatin1Char('/'));
         if (slash < 0) {
             object.insert(it.key(), QJsonValue::fromVariant(it.value()));
             continue;
         }
-        const QString name = it.key().left(slash);
-        if (!groups.contains(name))
-            groupNames.append(name);
-        groups[name].insert(it.key().mid(slash + 1), it.value());
+        groups[it.key().left(slash)].insert(it.key().mid(slash + 1), it.value());
     }
-    for (const QString &name : std::as_const(groupNames))
-        object.insert(name, toObject(groups.value(name)));
+    for (auto it = groups.cbegin(); it != groups.cend(); ++it)
+        object.insert(it.key(), toObject(it.value()));
     return object;
 }
 } // namespace

@@ -15,12 +15,13 @@
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QQmlApplicationEngine>
-#include <QQuickWindow>
 #include <QTimer>
 
 #include <cstdio>
 #include <ctime>
 #include <functional>
+#include <memory>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;

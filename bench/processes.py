@@ -51,7 +51,7 @@ def add_address(address):
 
 @contextlib.contextmanager
 def simulated_cameras(build, count, *options):
-    """Cameras of one process, silent in discovery; gives their addresses once all of them answer."""
+    """Cameras of one process; gives their addresses once all of them answer."""
     addresses = [f"10.77.0.{FIRST_ADDRESS + number}" for number in range(count)]
     command = [f"{build}/sim/q4sim", *options]
     for address in addresses:
