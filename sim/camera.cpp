@@ -32,6 +32,15 @@ Config sound(const Config &config)
     return plain;
 }
 
+// A firmware file is too large to be kept.
+Request withoutFile(const Request &request)
+{
+    Request shown = request;
+    if (routeOf(request) == Route::Q4fw)
+        shown.body.clear();
+    return shown;
+}
+
 } // namespace
 
 Camera::Camera(const Config &config, QObject *parent)
@@ -103,13 +112,13 @@ void Camera::clearFaults()
     m_faults.clear();
 }
 
-Fault Camera::takeFault(Route route)
+Fault Camera::takeFault(Route route, bool arriving)
 {
     const auto found = m_faults.find(route);
     if (found == m_faults.end())
         return {};
     const Fault fault = found->second;
-    if (fault.count == 0)
+    if (fault.count == 0 || spoilsArrival(fault.kind) != arriving)
         return {};
     if (fault.count > 0)
         --found->second.count;
@@ -163,10 +172,8 @@ Answer Camera::answer(const QByteArray &method, const QString &path, const QByte
     return m_model.handle({method, path, {}, body, m_config.clock->nowNs()});
 }
 
-Answer Camera::receive(const Request &request, Fault *fault)
+void Camera::log(const Request &request)
 {
-    if (request.path.startsWith(u"/sim/"))
-        return control(*this, request);
     {
         const QMutexLocker lock(&m_mutex);
         m_requests.append(request);
@@ -174,13 +181,48 @@ Answer Camera::receive(const Request &request, Fault *fault)
             m_requests.removeFirst();
     }
     emit requestReceived(request);
+}
+
+Answer Camera::receive(const Request &request, Fault *fault)
+{
+    if (request.path.startsWith(u"/sim/"))
+        return control(*this, request);
+    log(withoutFile(request));
     const QMutexLocker lock(&m_mutex);
-    *fault = takeFault(routeOf(request));
+    *fault = takeFault(routeOf(request), false);
     Answer answer;
     if (!hasNoEffect(fault->kind))
         answer = m_model.handle(request);
-    spoil(*fault, &answer);
+    spoil(*fault, &answer, m_divisorsKnown);
+    const bool isStatus = request.method == "GET" && request.path == u"/";
+    if (isStatus && !m_divisorsKnown && fault->kind != FaultKind::NoAnswer)
+        m_divisorsKnown = showsDivisors(answer);
     return answer;
+}
+
+QString Camera::operate(const QJsonObject &order)
+{
+    const QMutexLocker lock(&m_mutex);
+    return m_model.operate(order, m_config.clock->nowNs());
+}
+
+QJsonObject Camera::upload() const
+{
+    const QMutexLocker lock(&m_mutex);
+    return m_model.upload();
+}
+
+Fault Camera::beginUpload(qint64 bodySize)
+{
+    const QMutexLocker lock(&m_mutex);
+    m_model.beginUpload(bodySize);
+    return takeFault(Route::Q4fw, true);
+}
+
+void Camera::continueUpload(qint64 received)
+{
+    const QMutexLocker lock(&m_mutex);
+    m_model.continueUpload(received);
 }
 
 } // namespace q4sim

@@ -50,7 +50,8 @@ public:
     const Config &config() const { return m_config; }
 
     /// What was received, oldest first: all, or those of one method and path. The control path is left out,
-    /// and only the newest 50000 are kept.
+    /// only the newest 50000 are kept, and a firmware upload stands there once it is complete, without its
+    /// body.
     QList<Request> requests() const;
     QList<Request> requests(const QByteArray &method, const QString &path) const;
     void clearRequests();
@@ -66,6 +67,17 @@ public:
     /// Shows a value whatever the camera does; Undefined ends that.
     void forceValue(const QString &path, const QJsonValue &value);
     void setTakeLocked(int number, bool locked);
+
+    /// Does to the camera what a hand does: plugs, pulls and breaks. Each key is one thing:
+    ///   "lens": "mount", "remove" or "fail"          "af_switch": 0 for autofocus, else manual
+    ///   "shutter": "work" or "fail" at its next move "sync_fps": signal at the sync input, frames/s; 0: none
+    ///   "ssd": "insert", "insert-blank", "insert-broken" or "remove"
+    /// Returns an empty text, or one sentence on what makes no sense; then nothing is done.
+    QString operate(const QJsonObject &order);
+
+    /// The last firmware upload: "expected" and "received" bytes of the body, "complete", and when complete
+    /// "error", and "file_name", "size" and "sha256" (hex) of the file.
+    QJsonObject upload() const;
 
     /// What the live frame of this moment is made of; pixel() of both gives any of its bytes.
     SceneParams sceneParams() const;
@@ -83,15 +95,21 @@ signals:
 private:
     friend class HttpFront;
 
-    /// Fault for a request, one use of it taken off.
-    Fault takeFault(Route route);
+    /// Fault of a request while it comes in, or of its answer; one use of it taken off.
+    Fault takeFault(Route route, bool arriving);
     Answer receive(const Request &request, Fault *fault);
+    void log(const Request &request);
+
+    // A firmware upload on its way in; receive() ends it. One whose connection breaks is just not ended.
+    Fault beginUpload(qint64 bodySize);
+    void continueUpload(qint64 received);
 
     Config m_config;
     mutable QRecursiveMutex m_mutex; ///< over all below but the two network objects
     mutable CameraModel m_model;
     QList<Request> m_requests;
     std::map<Route, Fault> m_faults;
+    bool m_divisorsKnown = false; ///< a status with the values that clients divide by has been sent
     std::unique_ptr<HttpFront> m_front;
     std::unique_ptr<Discovery> m_discovery;
 };

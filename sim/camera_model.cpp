@@ -27,11 +27,6 @@ QJsonArray numbers(const QList<int> &list)
     return array;
 }
 
-QString hex(quint64 number)
-{
-    return QString::number(number, 16);
-}
-
 } // namespace
 
 Answer refusal(int status, const QString &text)
@@ -50,8 +45,10 @@ Answer jsonAnswer(const QJsonObject &object)
 
 CameraModel::CameraModel(const Config &config)
     : m_config(config), m_doc(initialDocument(config)), m_frClks(frClksMax), m_trigOffset(1),
-      m_frameClock(config.clock->nowNs(), frClksMax), m_recorder(config.partitions),
-      m_blackReference(config.blackRefSlots), m_drive(config.hasSsd)
+      m_syncFps(config.syncFps), m_frameClock(config.clock->nowNs(), frClksMax),
+      m_recorder(config.partitions), m_blackReference(config.blackRefSlots),
+      m_lens(config.hasLens, config.afSwitch), m_shutter(config.shutterFails),
+      m_drive(config.hasSsd ? config.medium : Medium::None), m_update(config.rejectedFirmware)
 {
     const qint64 nowNs = config.clock->nowNs();
     setResolution(valueAt(m_doc, QStringLiteral("acq/res")).toString(), nowNs);
@@ -67,6 +64,8 @@ Answer CameraModel::handle(const Request &request)
     const QString path = request.path.mid(1);
     if (request.method == "PUT")
         return put(path, request.body, request.timeNs);
+    if (request.method == "POST" && path == u"q4fw")
+        return updateFirmware(request);
     if (request.method == "POST")
         return post(path, request.body, request.timeNs);
     if (request.method != "GET")
@@ -78,7 +77,19 @@ Answer CameraModel::handle(const Request &request)
 
 void CameraModel::advance(qint64 nowNs)
 {
+    const QList<int> before = m_recorder.savedTakes();
     m_recorder.advance(m_frameClock.frameAt(nowNs));
+    const QList<int> after = m_recorder.savedTakes();
+    for (int number : after) {
+        if (!before.contains(number))
+            autosave(number, nowNs);
+    }
+    const QList<Drive::Save> done = m_drive.advance(nowNs);
+    for (const Drive::Save &save : done) {
+        m_recorder.setLocked(save.take, false);
+        if (save.deletesTake)
+            m_recorder.remove(save.take);
+    }
 }
 
 QJsonObject CameraModel::status(qint64 nowNs)
@@ -87,8 +98,8 @@ QJsonObject CameraModel::status(qint64 nowNs)
     QJsonObject doc = m_doc;
     doc["acq"] = acquisition(nowNs);
     doc["takes"] = QJsonObject{{"take1", take(1, nowNs)}};
-    if (m_config.hasLens)
-        setValueAt(doc, QStringLiteral("lens/focus_dist"), m_lens.distance(nowNs));
+    setValueAt(doc, QStringLiteral("camera/fw_state"), m_update.state(nowNs));
+    doc["lens"] = m_lens.object(nowNs);
     doc["shtr"] = QJsonObject{{"state", m_shutter.state(nowNs)}};
     doc["ssd"] = drive(nowNs);
     const qint64 seconds = (nowNs + m_timeOffsetNs) / nsPerSecond;
@@ -107,11 +118,14 @@ QJsonObject CameraModel::acquisition(qint64 nowNs) const
     QJsonObject acq = m_doc["acq"].toObject();
     acq["state"] = m_recorder.state();
     acq["exp_clks"] = m_expClks;
-    acq["exp_clks_max"] = expClksMaxFor(m_frClks);
+    acq["exp_clks_max"] = expClksMaxFor(runningFrClks());
     acq["exp_time"] = m_expClks * 1e6 / clkFreq;
-    acq["fr_rate"] = double(clkFreq) / m_frClks;
+    acq["fr_rate"] = synced() ? m_syncFps : double(clkFreq) / m_frClks;
     acq["fr_clks"] = m_frClks;
     acq["fr_clks_min"] = frClksMin(m_width, m_height);
+    acq["fsync_mode"] = m_fsyncMode;
+    // No source but the camera's own clock and the sync input is ever plugged in.
+    acq["fsync_state"] = m_fsyncMode == FsyncInternal ? 0 : (synced() ? 1 : -1);
     acq["trig_offset"] = m_trigOffset;
     acq["prtn_cnt"] = m_recorder.partitionCount();
     acq["active_take"] = m_recorder.activeTake();
@@ -140,14 +154,9 @@ QJsonObject CameraModel::take(int number, qint64 nowNs) const
 QJsonObject CameraModel::drive(qint64 nowNs) const
 {
     QJsonObject ssd = m_doc["ssd"].toObject();
-    ssd["state"] = m_drive.state(nowNs);
-    ssd["wr_state"] = 0;
-    ssd["wr_seq"] = 0;
-    ssd["progress"] = 0;
-    ssd["name"] = m_drive.name();
-    ssd["size"] = hex(m_drive.sizeBytes());
-    ssd["used"] = hex(m_drive.usedBytes(nowNs));
-    ssd["open_takes"] = QJsonArray();
+    const QJsonObject moving = m_drive.object(nowNs);
+    for (auto it = moving.begin(); it != moving.end(); ++it)
+        ssd[it.key()] = it.value();
     return ssd;
 }
 
@@ -171,8 +180,37 @@ void CameraModel::setResolution(const QString &res, qint64 nowNs)
 void CameraModel::setFrClks(qint64 wanted, qint64 nowNs)
 {
     m_frClks = static_cast<int>(std::clamp<qint64>(wanted, frClksMin(m_width, m_height), frClksMax));
-    m_frameClock.retime(nowNs, m_frClks);
-    m_expClks = snapExposure(m_expClks, m_frClks);
+    retime(nowNs);
+}
+
+bool CameraModel::synced() const
+{
+    // A signal faster than the sensor is no signal to it.
+    return m_fsyncMode == FsyncExternal && m_syncFps > 0.0 &&
+           clkFreq / m_syncFps >= frClksMin(m_width, m_height);
+}
+
+int CameraModel::runningFrClks() const
+{
+    // Slower than the camera's own slowest rate is allowed, within what a number of clocks can hold.
+    return synced() ? static_cast<int>(std::min(clkFreq / m_syncFps, 1e9)) : m_frClks;
+}
+
+void CameraModel::setSyncFps(double fps, qint64 nowNs)
+{
+    m_syncFps = fps;
+    retime(nowNs);
+}
+
+void CameraModel::retime(qint64 nowNs)
+{
+    m_frameClock.retime(nowNs, runningFrClks());
+    m_expClks = snapExposure(m_expClks, runningFrClks());
+}
+
+int CameraModel::feature(const char *name) const
+{
+    return m_doc["features"].toObject().value(QLatin1StringView(name)).toInt();
 }
 
 void CameraModel::updatePartitions(qint64 nowNs)

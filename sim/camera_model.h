@@ -2,6 +2,9 @@
 
 #include "sim/config.h"
 #include "sim/devices.h"
+#include "sim/drive.h"
+#include "sim/firmware_update.h"
+#include "sim/lens.h"
 #include "sim/recorder.h"
 #include "sim/request.h"
 #include "sim/scene.h"
@@ -31,6 +34,13 @@ public:
 
     void setTakeLocked(int number, bool locked) { m_recorder.setLocked(number, locked); }
 
+    QString operate(const QJsonObject &order, qint64 nowNs); ///< see Camera::operate()
+
+    // A firmware upload on its way in; its request ends it.
+    void beginUpload(qint64 bodySize);
+    void continueUpload(qint64 received) { m_update.receive(received); }
+    QJsonObject upload() const { return m_update.report(); }
+
     SceneParams sceneParams() const;
     qint64 liveFrame(qint64 nowNs) const { return m_frameClock.frameAt(nowNs); }
 
@@ -45,6 +55,12 @@ private:
     QJsonObject acquisition(qint64 nowNs) const;
     QJsonObject take(int number, qint64 nowNs) const;
     QJsonObject drive(qint64 nowNs) const;
+    int feature(const char *name) const; ///< 0 when it is missing
+    bool synced() const;                 ///< frames follow the signal at the sync input
+    int runningFrClks() const;           ///< frame length, by the camera's own clock or by that signal
+    void setSyncFps(double fps, qint64 nowNs);
+    void retime(qint64 nowNs);
+    void autosave(int number, qint64 nowNs);
     void setResolution(const QString &res, qint64 nowNs);
     void setFrClks(qint64 wanted, qint64 nowNs);
     void updatePartitions(qint64 nowNs);
@@ -60,6 +76,8 @@ private:
     Answer putPartitions(const QString &path, const QJsonValue &value, qint64 nowNs);
     Answer putAcqMode(const QString &path, const QJsonValue &value, qint64 nowNs);
     Answer putFsyncMode(const QString &path, const QJsonValue &value, qint64 nowNs);
+    Answer putCorrMode(const QString &path, const QJsonValue &value, qint64 nowNs);
+    Answer putAutosave(const QString &path, const QJsonValue &value, qint64 nowNs);
     Answer putFstop(const QString &path, const QJsonValue &value, qint64 nowNs);
     Answer putTime(const QString &path, const QJsonValue &value, qint64 nowNs);
     Answer putVideoFormat(const QString &path, const QJsonValue &value, qint64 nowNs);
@@ -79,6 +97,7 @@ private:
     Answer ssdUmount(const QJsonObject &arguments, qint64 nowNs);
     Answer ssdFormat(const QJsonObject &arguments, qint64 nowNs);
     Answer transfer(const QJsonObject &arguments, qint64 nowNs);
+    Answer updateFirmware(const Request &request);
 
     Config m_config;
     QJsonObject m_doc; ///< the values that nothing but a write changes
@@ -89,12 +108,15 @@ private:
     int m_expClks = expClksMin;
     int m_trigOffset;
     qint64 m_timeOffsetNs = 0;
+    int m_fsyncMode = 0;
+    double m_syncFps;
     FrameClock m_frameClock;
     Recorder m_recorder;
     BlackReference m_blackReference;
     Lens m_lens;
     Shutter m_shutter;
     Drive m_drive;
+    FirmwareUpdate m_update;
     std::unique_ptr<SceneRenderer> m_renderer; ///< of the last live frame, renewed when its look changes
 };
 

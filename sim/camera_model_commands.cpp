@@ -128,8 +128,8 @@ Answer CameraModel::focus(const QJsonObject &arguments, qint64 nowNs)
     const std::optional<int> step = integer(arguments, "step");
     if (!step)
         return missing("step");
-    if (!m_config.hasLens)
-        return refusal(409, QStringLiteral("no lens"));
+    if ((feature("lens") & 2) == 0 || !m_lens.canFocus(nowNs))
+        return refusal(409, QStringLiteral("no lens that the camera can focus"));
     m_lens.move(*step, nowNs);
     return done();
 }
@@ -139,7 +139,7 @@ Answer CameraModel::moveShutter(const QJsonObject &arguments, qint64 nowNs)
     const std::optional<int> pos = integer(arguments, "pos");
     if (!pos || *pos < 0 || *pos > 1)
         return refusal(400, QStringLiteral("\"pos\" must be 0 or 1"));
-    if (!m_config.hasShutter)
+    if ((feature("shtr") & 1) == 0)
         return refusal(409, QStringLiteral("no shutter"));
     m_shutter.move(*pos == 1, nowNs);
     return done();
@@ -156,18 +156,18 @@ Answer CameraModel::ssdList(const QJsonObject &arguments, qint64 nowNs)
 Answer CameraModel::ssdUmount(const QJsonObject &, qint64 nowNs)
 {
     if (!m_drive.umount(nowNs))
-        return refusal(409, QStringLiteral("the drive is not ready"));
+        return refusal(409, QStringLiteral("the drive is not ready, or writes"));
     return done();
 }
 
 Answer CameraModel::ssdFormat(const QJsonObject &arguments, qint64 nowNs)
 {
-    if (m_config.firmware == Firmware::Old)
+    if (feature("ssd-format") == 0)
         return refusal(404, QStringLiteral("no command /ssd-format"));
     if (!arguments["name"].isString() || arguments["name"].toString().size() > 11)
         return refusal(400, QStringLiteral("\"name\" must be a text of at most 11 characters"));
     if (!m_drive.format(arguments["name"].toString(), nowNs))
-        return refusal(409, QStringLiteral("the drive is not ready"));
+        return refusal(409, QStringLiteral("the drive is not ready, or writes"));
     return done();
 }
 

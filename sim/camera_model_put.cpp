@@ -86,6 +86,7 @@ CameraModel::Setter CameraModel::setterFor(const QString &path)
         {QStringLiteral("acq/res"), &CameraModel::putResolution},
         {QStringLiteral("acq/trig_offset"), &CameraModel::putTrigOffset},
         {QStringLiteral("acq/prtn_cnt"), &CameraModel::putPartitions},
+        {QStringLiteral("acq/corr_mode"), &CameraModel::putCorrMode},
         {QStringLiteral("acq/mode"), &CameraModel::putAcqMode},
         {QStringLiteral("acq/fsync_mode"), &CameraModel::putFsyncMode},
         {QStringLiteral("lens/fstop"), &CameraModel::putFstop},
@@ -94,6 +95,8 @@ CameraModel::Setter CameraModel::setterFor(const QString &path)
     };
     if (path.startsWith(u"io/"))
         return &CameraModel::putLine;
+    if (path.startsWith(u"ssd/autosave/"))
+        return &CameraModel::putAutosave;
     const auto found = setters.find(path);
     return found == setters.end() ? &CameraModel::putPlain : found->second;
 }
@@ -106,7 +109,7 @@ Answer CameraModel::putPlain(const QString &path, const QJsonValue &value, qint6
 
 Answer CameraModel::putExposure(const QString &, const QJsonValue &value, qint64)
 {
-    m_expClks = snapExposure(value.toInteger(), m_frClks);
+    m_expClks = snapExposure(value.toInteger(), runningFrClks());
     return accepted();
 }
 
@@ -145,20 +148,33 @@ Answer CameraModel::putAcqMode(const QString &path, const QJsonValue &value, qin
     return putPlain(path, value, nowNs);
 }
 
-Answer CameraModel::putFsyncMode(const QString &path, const QJsonValue &value, qint64 nowNs)
+Answer CameraModel::putFsyncMode(const QString &, const QJsonValue &value, qint64 nowNs)
 {
-    // Nothing is plugged in, so that every source but the camera's own lacks its signal.
-    setValueAt(m_doc, QStringLiteral("acq/fsync_state"), value.toInt() == 0 ? 0 : -1);
+    m_fsyncMode = value.toInt();
+    retime(nowNs);
+    return accepted();
+}
+
+Answer CameraModel::putCorrMode(const QString &path, const QJsonValue &value, qint64 nowNs)
+{
+    if ((value.toInt() & ~feature("corr_mode")) != 0)
+        return refusal(400, QStringLiteral("no such correction"));
     return putPlain(path, value, nowNs);
 }
 
-Answer CameraModel::putFstop(const QString &path, const QJsonValue &value, qint64 nowNs)
+Answer CameraModel::putAutosave(const QString &path, const QJsonValue &value, qint64 nowNs)
 {
-    if (!m_config.hasLens)
-        return refusal(409, QStringLiteral("no lens"));
-    const double widest = valueAt(m_doc, QStringLiteral("lens/fstop_max")).toDouble();
-    const double smallest = valueAt(m_doc, QStringLiteral("lens/fstop_min")).toDouble();
-    return putPlain(path, std::clamp(value.toDouble(), widest, smallest), nowNs);
+    if (feature("ssd-save") < 3)
+        return refusal(409, QStringLiteral("no autosave"));
+    return putPlain(path, value, nowNs);
+}
+
+Answer CameraModel::putFstop(const QString &, const QJsonValue &value, qint64 nowNs)
+{
+    if ((feature("lens") & 1) == 0 || m_lens.state(nowNs) != Lens::Ready)
+        return refusal(409, QStringLiteral("no lens whose f-stop can be set"));
+    m_lens.setFstop(value.toDouble());
+    return accepted();
 }
 
 Answer CameraModel::putTime(const QString &, const QJsonValue &value, qint64 nowNs)
@@ -169,7 +185,7 @@ Answer CameraModel::putTime(const QString &, const QJsonValue &value, qint64 now
 
 Answer CameraModel::putVideoFormat(const QString &path, const QJsonValue &value, qint64 nowNs)
 {
-    if (!valueAt(m_doc, QStringLiteral("video/valid_format")).toArray().contains(value))
+    if (!m_config.videoFormats.contains(value.toString()))
         return refusal(400, QStringLiteral("no such format"));
     return putPlain(path, value, nowNs);
 }

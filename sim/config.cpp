@@ -1,11 +1,34 @@
 #include "sim/config.h"
 
+#include "sim/initial_document.h"
 #include "sim/sensor_rules.h"
 
 #include <QRegularExpression>
 
 namespace q4sim
 {
+
+QStringList allVideoFormats()
+{
+    return {
+        QStringLiteral("1280x720p23.98"), QStringLiteral("1280x720p24"),  QStringLiteral("1280x720p25"),
+        QStringLiteral("1280x720p29.97"), QStringLiteral("1280x720p30"),  QStringLiteral("1280x720p50"),
+        QStringLiteral("1280x720p59.94"), QStringLiteral("1280x720p60"),  QStringLiteral("1920x1080p23.98"),
+        QStringLiteral("1920x1080p24"),   QStringLiteral("1920x1080p25"), QStringLiteral("1920x1080p29.97"),
+        QStringLiteral("1920x1080p30")};
+}
+
+Config bareConfig()
+{
+    Config config;
+    config.cfa = CfaMono;
+    config.hasLens = config.hasShutter = config.hasSsd = false;
+    const QStringList names = featureNames();
+    for (const QString &name : names)
+        config.features[name] = 0;
+    config.videoFormats = QStringList{QStringLiteral("1280x720p30")};
+    return config;
+}
 
 QStringList defaultResolutions(int cfa)
 {
@@ -38,6 +61,12 @@ QString configError(const Config &config)
         return QStringLiteral("the memory must hold at least 1 MiB");
     if (!(config.frameRate > 0.0))
         return QStringLiteral("the frame rate must be above 0");
+    if (!(config.syncFps >= 0.0) || config.syncFps > clkFreq)
+        return QStringLiteral("the sync signal must have 0 to %1 frames per second").arg(clkFreq);
+    for (auto it = config.features.begin(); it != config.features.end(); ++it) {
+        if (!featureNames().contains(it.key()) || it.value() < -1)
+            return QStringLiteral("\"%1\" = %2 is no feature").arg(it.key()).arg(it.value());
+    }
     for (const QString &res : config.resolutions) {
         int width = 0;
         int height = 0;

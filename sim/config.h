@@ -1,8 +1,10 @@
 #pragma once
 
 #include "sim/clock.h"
+#include "sim/drive.h"
 
 #include <QHostAddress>
+#include <QMap>
 #include <QStringList>
 
 #include <memory>
@@ -21,6 +23,9 @@ enum class Firmware { New, Old };
 
 /// Top-level object that holds year_offset.
 enum class YearOffsetPlace { Meta, Time };
+
+/// Formats of a camera's video output, all of them.
+QStringList allVideoFormats();
 
 /// Everything that is decided before a camera is switched on.
 struct Config {
@@ -43,9 +48,23 @@ struct Config {
     bool hasLens = true;
     bool hasShutter = true;
     bool hasSsd = true;
-    quint32 seed = 1;             ///< of the scene's noise
-    std::shared_ptr<Clock> clock; ///< none: the machine's
+    Medium medium = Medium::Formatted; ///< in the drive's slot at start, when there is one
+    int afSwitch = 0;                  ///< lens/af_switch; 0: the camera may focus
+    bool shutterFails = false;
+    double syncFps = 0.0; ///< signal at the sync input, frames per second; 0: none
+
+    /// Numbers of "features" that differ from those of firmware and equipment; -1: the key is missing.
+    QMap<QString, int> features;
+    QStringList videoFormats =
+        allVideoFormats();         ///< that can be set; 1920x1080p30 is set at start, or else the first
+    bool tellsVideoFormats = true; ///< false: there is no video/valid_format
+    QByteArray rejectedFirmware;   ///< a file that begins with these bytes is rejected
+    quint32 seed = 1;              ///< of the scene's noise
+    std::shared_ptr<Clock> clock;  ///< none: the machine's
 };
+
+/// A monochrome camera without lens, shutter, drive and features, of one video format.
+Config bareConfig();
 
 /// Resolutions a camera of this colour pattern offers by itself, largest first.
 QStringList defaultResolutions(int cfa);

@@ -59,6 +59,14 @@ Answer force(Camera &camera, const Request &request)
     return jsonAnswer({});
 }
 
+Answer hardware(Camera &camera, const Request &request)
+{
+    const QJsonDocument document = QJsonDocument::fromJson(request.body);
+    const QString error =
+        document.isObject() ? camera.operate(document.object()) : QStringLiteral("not a JSON object");
+    return error.isEmpty() ? jsonAnswer({}) : refusal(400, error);
+}
+
 } // namespace
 
 Answer control(Camera &camera, const Request &request)
@@ -72,10 +80,13 @@ Answer control(Camera &camera, const Request &request)
         return log(camera, request);
     if (request.path == u"/sim/force" && write)
         return force(camera, request);
+    if (request.path == u"/sim/hardware" && write)
+        return hardware(camera, request);
     if (request.path == u"/sim/state" && read)
         return jsonAnswer({{"status", camera.status()},
                            {"requests", camera.requests().size()},
-                           {"frame", camera.liveFrame()}});
+                           {"frame", camera.liveFrame()},
+                           {"upload", camera.upload()}});
     return refusal(404, QStringLiteral("no control %1").arg(request.path));
 }
 

@@ -12,8 +12,10 @@ class Camera;
 ///   DELETE /sim/fault  clears all faults
 ///   GET    /sim/log    {"requests":[{"method","path","headers","body","time_ns"}, ...]}
 ///   DELETE /sim/log    forgets them
-///   GET    /sim/state  {"status": the status document, "requests": count, "frame": live frame number}
+///   GET    /sim/state  {"status": the status document, "requests": count, "frame": live frame number,
+///                      "upload": see Camera::upload()}
 ///   POST   /sim/force  {"path":PATH,"value":VALUE} shows VALUE at PATH from now on; without "value" no more
+///   POST   /sim/hardware  plugs, pulls and breaks, see Camera::operate()
 Answer control(Camera &camera, const Request &request);
 
 } // namespace q4sim

@@ -1,7 +1,6 @@
 #pragma once
 
-#include <QJsonArray>
-#include <QString>
+#include <QtGlobal>
 
 // Parts of the camera that move by themselves. Each is told the time in ns and gives its state at it.
 namespace q4sim
@@ -32,68 +31,24 @@ private:
     qint64 m_startNs = 0;
 };
 
-/// Lens focus in motor steps, 0 nearest to maxStep at infinity.
-class Lens
-{
-public:
-    static constexpr int maxStep = 2000;
-    static constexpr qint64 stepNs = 1000000; ///< time of one step
-    static constexpr int infinity = 65535;    ///< as focus_dist
-
-    void move(int step, qint64 nowNs); ///< 32767 to infinity, 0 to the minimum, others by so many steps
-    int position(qint64 nowNs) const;
-    double distance(qint64 nowNs) const; ///< metres, 0.38 and up, or infinity
-
-private:
-    int m_from = 400;
-    int m_to = 400;
-    qint64 m_startNs = 0;
-};
-
 /// Shutter: numbers of shtr/state.
 class Shutter
 {
 public:
-    enum State { Open = 0, Closed = 1 };
+    enum State { Open = 0, Closed = 1, Fail = 2 };
     static constexpr qint64 durationNs = 200000000;
 
+    explicit Shutter(bool fails) : m_fails(fails) {}
+
+    void setFails(bool fails) { m_fails = fails; } ///< its next moves end in Fail; a good one mends that
     void move(bool close, qint64 nowNs);
     int state(qint64 nowNs) const;
 
 private:
+    bool m_fails;
     State m_from = Open;
     State m_to = Open;
     qint64 m_startNs = 0;
-};
-
-/// The drive: numbers of ssd/state, and its recordings.
-class Drive
-{
-public:
-    enum State { Removed = 0, Ready = 3, Shutdown = 4, Off = 6, Formatting = 9 };
-    static constexpr qint64 umountNs = 500000000;
-    static constexpr qint64 formatNs = 2000000000;
-
-    explicit Drive(bool present);
-
-    int state(qint64 nowNs) const;
-    QString name() const { return m_name; }
-    quint64 sizeBytes() const;
-    quint64 usedBytes(qint64 nowNs) const;
-    QJsonArray listing(bool plainNames, qint64 nowNs) const; ///< objects, or names alone
-    bool umount(qint64 nowNs);
-    bool format(const QString &name, qint64 nowNs);
-
-private:
-    struct Entry {
-        QString name;
-        qint64 size;
-        qint64 time;
-    };
-    QList<Entry> m_entries;
-    QString m_name;
-    State m_state;
-    qint64 m_changeNs = 0;
 };
 
 } // namespace q4sim

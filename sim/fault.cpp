@@ -18,18 +18,19 @@ struct RouteName {
     const char *name;
     Route route;
 };
-constexpr std::array<RouteName, 6> routeNames = {{{"status", Route::Status},
+constexpr std::array<RouteName, 7> routeNames = {{{"status", Route::Status},
                                                   {"xfer", Route::Xfer},
                                                   {"bref", Route::Bref},
                                                   {"put", Route::Put},
                                                   {"ssd-ls", Route::SsdLs},
-                                                  {"command", Route::Command}}};
+                                                  {"command", Route::Command},
+                                                  {"q4fw", Route::Q4fw}}};
 
 struct KindName {
     const char *name;
     FaultKind kind;
 };
-constexpr std::array<KindName, 13> kindNames = {{{"none", FaultKind::None},
+constexpr std::array<KindName, 15> kindNames = {{{"none", FaultKind::None},
                                                  {"delay", FaultKind::Delay},
                                                  {"drip", FaultKind::Drip},
                                                  {"close-mid-body", FaultKind::CloseMidBody},
@@ -41,7 +42,12 @@ constexpr std::array<KindName, 13> kindNames = {{{"none", FaultKind::None},
                                                  {"wrong-types", FaultKind::WrongTypes},
                                                  {"missing-keys", FaultKind::MissingKeys},
                                                  {"empty-reply", FaultKind::EmptyReply},
-                                                 {"no-answer", FaultKind::NoAnswer}}};
+                                                 {"no-answer", FaultKind::NoAnswer},
+                                                 {"close-upload", FaultKind::CloseUpload},
+                                                 {"slow-upload", FaultKind::SlowUpload}}};
+
+// What clients divide by.
+constexpr std::array divisors = {"acq/exp_clks_mult", "acq/fr_clks", "acq/fr_clks_min"};
 
 QJsonValue wrongType(const QJsonValue &value)
 {
@@ -55,14 +61,21 @@ QJsonValue wrongType(const QJsonValue &value)
     return object;
 }
 
-void spoilTree(const Fault &fault, Answer *answer)
+void spoilTree(const Fault &fault, Answer *answer, bool knownDivisors)
 {
-    QJsonObject tree = QJsonDocument::fromJson(answer->body).object();
+    const QJsonObject healthy = QJsonDocument::fromJson(answer->body).object();
+    QJsonObject tree = healthy;
     const bool missing = fault.kind == FaultKind::MissingKeys;
     if (fault.keys.isEmpty())
         tree = missing ? QJsonObject() : wrongType(tree).toObject();
     for (const QString &path : fault.keys)
         setValueAt(tree, path, missing ? QJsonValue(QJsonValue::Undefined) : wrongType(valueAt(tree, path)));
+    for (const char *divisor : divisors) {
+        const QString path = QString::fromLatin1(divisor);
+        const QJsonValue value = valueAt(healthy, path);
+        if (!value.isUndefined() && !(missing && knownDivisors))
+            setValueAt(tree, path, value);
+    }
     answer->body = QJsonDocument(tree).toJson(QJsonDocument::Compact);
 }
 
@@ -94,9 +107,24 @@ Route routeOf(const Request &request)
         return Route::Status;
     if (request.path == u"/xfer")
         return Route::Xfer;
+    if (request.path == u"/q4fw")
+        return Route::Q4fw;
     if (request.path == u"/bref")
         return Route::Bref;
     return request.path == u"/ssd-ls" ? Route::SsdLs : Route::Command;
+}
+
+bool showsDivisors(const Answer &answer)
+{
+    const QJsonObject tree = QJsonDocument::fromJson(answer.body).object();
+    return std::all_of(divisors.begin(), divisors.end(), [&tree](const char *divisor) {
+        return valueAt(tree, QString::fromLatin1(divisor)).toDouble() > 0;
+    });
+}
+
+bool spoilsArrival(FaultKind kind)
+{
+    return kind == FaultKind::CloseUpload || kind == FaultKind::SlowUpload;
 }
 
 bool hasNoEffect(FaultKind kind)
@@ -104,7 +132,7 @@ bool hasNoEffect(FaultKind kind)
     return kind == FaultKind::Http500 || kind == FaultKind::NoAnswer;
 }
 
-void spoil(const Fault &fault, Answer *answer)
+void spoil(const Fault &fault, Answer *answer, bool knownDivisors)
 {
     switch (fault.kind) {
     case FaultKind::Http500:
@@ -125,7 +153,7 @@ void spoil(const Fault &fault, Answer *answer)
         break;
     case FaultKind::WrongTypes:
     case FaultKind::MissingKeys:
-        spoilTree(fault, answer);
+        spoilTree(fault, answer, knownDivisors);
         break;
     case FaultKind::LyingSizes:
         lie(fault, answer);
@@ -135,6 +163,8 @@ void spoil(const Fault &fault, Answer *answer)
     case FaultKind::Drip:
     case FaultKind::CloseMidBody:
     case FaultKind::NoAnswer:
+    case FaultKind::CloseUpload:
+    case FaultKind::SlowUpload:
         break;
     }
 }
@@ -156,6 +186,7 @@ std::optional<FaultOrder> readFault(const QJsonObject &order, QString *error)
     result.fault.kind = named->kind;
     result.fault.ms = order["ms"].toInt();
     result.fault.bytes = order["bytes"].toInteger();
+    result.fault.percent = std::clamp(order["percent"].toInt(50), 0, 100);
     result.fault.count = order["count"].toInt(-1);
     const QJsonArray keys = order["keys"].toArray();
     for (const QJsonValue &key : keys)

@@ -11,7 +11,7 @@ namespace q4sim
 {
 
 /// Kinds of requests that faults are set for.
-enum class Route { Status, Xfer, Bref, Put, SsdLs, Command };
+enum class Route { Status, Xfer, Bref, Put, SsdLs, Command, Q4fw };
 
 enum class FaultKind {
     None,
@@ -23,16 +23,24 @@ enum class FaultKind {
     Http500,       ///< refuses with 500 and the request has no effect
     InvalidJson,   ///< a body that is no JSON
     TruncatedJson, ///< the body without its last `bytes` bytes (0: half)
-    WrongTypes,    ///< numbers become texts, other values the number 1; at `keys` or everywhere
-    MissingKeys,   ///< without `keys` (empty: an empty object)
-    EmptyReply,    ///< 200 with an empty body
-    NoAnswer       ///< the connection stays open, nothing is sent and the request has no effect
+    WrongTypes,  ///< numbers become texts, other values the number 1; at `keys` or everywhere, but see below
+    MissingKeys, ///< without `keys` (empty: an empty object), but see below
+    EmptyReply,  ///< 200 with an empty body
+    NoAnswer,    ///< the connection stays open, nothing is sent and the request has no effect
+    CloseUpload, ///< breaks the connection when `bytes` bytes (0: `percent`) of a firmware upload are in
+    SlowUpload   ///< reads `bytes` bytes (0: 64 KiB) of a firmware upload every `ms`
 };
+
+// Three values of the status outlive WrongTypes always, and MissingKeys until a status with them has been
+// sent: acq/exp_clks_mult, acq/fr_clks and acq/fr_clks_min. Clients divide by them, and by contract a camera
+// reports them from the first status on, as whole numbers above 0; their registers have hard-wired minima,
+// so that no state of the firmware can show anything else. A client that breaks without them is not at fault.
 
 struct Fault {
     FaultKind kind = FaultKind::None;
     int ms = 0;
     qint64 bytes = 0;
+    int percent = 50;      ///< of the body; 0 to 100
     int count = -1;        ///< requests that are spoilt before the fault ends; -1: until it is cleared
     QStringList keys = {}; ///< paths such as "acq/exp_clks"
     QList<QPair<QByteArray, QByteArray>> headers = {};
@@ -40,14 +48,21 @@ struct Fault {
 
 Route routeOf(const Request &request);
 
-/// Applies a fault that lies in status, headers or body; the others leave the answer alone.
-void spoil(const Fault &fault, Answer *answer);
+/// Applies a fault that lies in status, headers or body; the others leave the answer alone. `knownDivisors`
+/// tells that a status with the three values above has been sent before.
+void spoil(const Fault &fault, Answer *answer, bool knownDivisors);
+
+/// True for a status that shows the three values above.
+bool showsDivisors(const Answer &answer);
+
+/// True for the two kinds of an upload that comes in; all others spoil an answer.
+bool spoilsArrival(FaultKind kind);
 
 /// True when the camera does not carry out a request under this fault.
 bool hasNoEffect(FaultKind kind);
 
-/// Reads {"on":ROUTE,"kind":KIND} with the optional keys "ms", "bytes", "count", "keys" (array) and
-/// "headers" (object). ROUTE and KIND are the enumeration's names in lower case, words joined by "-".
+/// Reads {"on":ROUTE,"kind":KIND} with the optional keys "ms", "bytes", "percent", "count", "keys" (array)
+/// and "headers" (object). ROUTE and KIND are the enumeration's names in lower case, words joined by "-".
 /// Sets `error` when it returns none.
 struct FaultOrder {
     Route route;

@@ -1,15 +1,26 @@
 #include "sim/fault_socket.h"
 
 #include <QHostAddress>
+#include <QRegularExpression>
 
 #include <algorithm>
 
 namespace q4sim
 {
 
-FaultSocket::FaultSocket(QObject *parent) : QTcpSocket(parent), m_timer(this)
+namespace
+{
+
+constexpr qsizetype headMax = 64 << 10;
+
+} // namespace
+
+FaultSocket::FaultSocket(QObject *parent) : QTcpSocket(parent), m_timer(this), m_readTimer(this)
 {
     connect(&m_timer, &QTimer::timeout, this, &FaultSocket::sendDrop);
+    connect(&m_readTimer, &QTimer::timeout, this, &FaultSocket::readOn);
+    // The first of all connections to the signal, and so called before the server takes the bytes away.
+    connect(this, &QIODevice::readyRead, this, &FaultSocket::watchUpload);
 }
 
 void FaultSocket::drip(qint64 bytes, int ms)
@@ -59,6 +70,65 @@ void FaultSocket::sendStart()
     QMetaObject::invokeMethod(this, [this] { disconnectFromHost(); }, Qt::QueuedConnection);
 }
 
+void FaultSocket::slowUpload(qint64 bytes, int ms)
+{
+    m_step = std::max<qint64>(bytes, 1);
+    // What the network holds back would count as sent to the client.
+    setSocketOption(ReceiveBufferSizeSocketOption, static_cast<int>(std::min<qint64>(m_step, 64 << 10)));
+    setReadBufferSize(bytesAvailable());
+    m_readTimer.start(std::max(ms, 1));
+}
+
+void FaultSocket::watchUpload()
+{
+    // The server has a transaction open from the first byte of a request to the last.
+    if (!isTransactionStarted()) {
+        m_head.clear();
+        m_bodySize = m_breakAt = -1;
+        m_received = 0;
+    }
+    qint64 fresh = bytesAvailable();
+    if (m_bodySize < 0 && !findUpload(&fresh))
+        return;
+    m_received = std::min(m_received + fresh, m_bodySize);
+    emit uploadContinued(m_received);
+    if (m_received == m_bodySize && m_readTimer.isActive()) {
+        m_readTimer.stop();
+        setReadBufferSize(0);
+    }
+    if (m_breakAt < 0 || m_received < m_breakAt)
+        return;
+    // The server must not see the bytes behind the break.
+    disconnect(this, &QIODevice::readyRead, nullptr, nullptr);
+    abort();
+}
+
+// Sets `fresh` to the bytes behind the head.
+bool FaultSocket::findUpload(qint64 *fresh)
+{
+    if (m_head.size() > headMax)
+        return false;
+    m_head += peek(*fresh);
+    static const QRegularExpression form(
+        QStringLiteral("^POST /q4fw .*?\\r\\ncontent-length: *(\\d{1,15})\\r\\n.*?(?<=\\r\\n)\\r\\n"),
+        QRegularExpression::CaseInsensitiveOption | QRegularExpression::DotMatchesEverythingOption);
+    if (!m_head.startsWith("POST /q4fw "))
+        return false;
+    const QRegularExpressionMatch match = form.match(QString::fromLatin1(m_head));
+    if (!match.hasMatch())
+        return false;
+    m_bodySize = match.captured(1).toLongLong();
+    *fresh = m_head.size() - match.capturedEnd();
+    emit uploadBegan(m_bodySize);
+    return true;
+}
+
+void FaultSocket::readOn()
+{
+    // All of a request stays in the buffer until the server ends its transaction.
+    setReadBufferSize(readBufferSize() + m_step);
+}
+
 FaultSocket *FaultTcpServer::connection(const QHostAddress &address, quint16 port)
 {
     m_open.removeAll(nullptr);
@@ -75,6 +145,7 @@ void FaultTcpServer::incomingConnection(qintptr handle)
     socket->setSocketDescriptor(handle);
     m_open.removeAll(nullptr);
     m_open.append(socket);
+    emit opened(socket);
     addPendingConnection(socket);
 }
 

@@ -8,8 +8,9 @@
 namespace q4sim
 {
 
-/// A connection whose answer can be spoilt on its way out: the HTTP server writes into it as ever, and the
-/// socket sends what was written slowly, or only a part of it.
+/// A connection whose traffic can be spoilt below the HTTP server. Of an answer it sends what the server
+/// wrote slowly, or only a part of it. A firmware upload it reads slowly, or breaks in the middle; it counts
+/// its bytes as they come in, which the server does not tell of before it has them all.
 class FaultSocket : public QTcpSocket
 {
     Q_OBJECT
@@ -23,10 +24,23 @@ public:
     /// Sends the next answer's header and `bytes` bytes of its body, then closes.
     void closeAfter(qint64 bytes);
 
+    /// Breaks the connection when `bytes` bytes of the upload's body are in. Call it at uploadBegan().
+    void breakUploadAt(qint64 bytes) { m_breakAt = bytes; }
+
+    /// Reads `bytes` bytes of the upload every `ms` milliseconds. Call it at uploadBegan().
+    void slowUpload(qint64 bytes, int ms);
+
+signals:
+    void uploadBegan(qint64 bodySize);
+    void uploadContinued(qint64 received); ///< bytes of the body until now
+
 protected:
     qint64 writeData(const char *data, qint64 size) override;
 
 private:
+    void watchUpload();
+    bool findUpload(qint64 *fresh);
+    void readOn();
     void sendDrop();
     void sendStart();
 
@@ -35,6 +49,13 @@ private:
     QByteArray m_held;
     qint64 m_bytes = 0;
     QTimer m_timer;
+
+    QByteArray m_head;      ///< what has come in of a request, until it is known to be an upload or not
+    qint64 m_bodySize = -1; ///< of the upload that comes in; -1: none does
+    qint64 m_received = 0;
+    qint64 m_breakAt = -1; ///< -1: does not break
+    qint64 m_step = 0;     ///< bytes that are read at a time
+    QTimer m_readTimer;
 };
 
 /// Makes a FaultSocket of every connection.
@@ -47,6 +68,9 @@ public:
 
     /// The open connection from an address and port; null when there is none.
     FaultSocket *connection(const QHostAddress &address, quint16 port);
+
+signals:
+    void opened(q4sim::FaultSocket *socket);
 
 protected:
     void incomingConnection(qintptr handle) override;

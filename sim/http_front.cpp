@@ -57,6 +57,7 @@ HttpFront::~HttpFront()
 QString HttpFront::listen(const QHostAddress &address, quint16 port)
 {
     auto tcp = std::make_unique<FaultTcpServer>();
+    connect(tcp.get(), &FaultTcpServer::opened, this, &HttpFront::watchUploads);
     if (!tcp->listen(address, port))
         return QStringLiteral("cannot listen on %1 port %2: %3")
             .arg(address.toString())
@@ -85,6 +86,20 @@ bool HttpFront::handleRequest(const QHttpServerRequest &request, QHttpServerResp
 void HttpFront::missingHandler(const QHttpServerRequest &, QHttpServerResponder &responder)
 {
     send(responder, refusal(404, QStringLiteral("not found")));
+}
+
+void HttpFront::watchUploads(FaultSocket *socket)
+{
+    connect(socket, &FaultSocket::uploadBegan, this, [this, socket](qint64 bodySize) {
+        const Fault fault = m_camera.beginUpload(bodySize);
+        if (fault.kind == FaultKind::CloseUpload)
+            socket->breakUploadAt(
+                std::min(fault.bytes > 0 ? fault.bytes : bodySize * fault.percent / 100, bodySize));
+        else if (fault.kind == FaultKind::SlowUpload)
+            socket->slowUpload(fault.bytes > 0 ? fault.bytes : 64 << 10, fault.ms);
+    });
+    connect(socket, &FaultSocket::uploadContinued, this,
+            [this](qint64 received) { m_camera.continueUpload(received); });
 }
 
 void HttpFront::armConnection(const Fault &fault, const Answer &answer, const QHttpServerRequest &request)

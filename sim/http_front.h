@@ -30,6 +30,7 @@ protected:
     void missingHandler(const QHttpServerRequest &request, QHttpServerResponder &responder) override;
 
 private:
+    void watchUploads(FaultSocket *socket);
     void armConnection(const Fault &fault, const Answer &answer, const QHttpServerRequest &request);
     void hold(QHttpServerResponder &&responder, const Answer &answer, int ms);
 

@@ -14,11 +14,6 @@ namespace q4sim
 namespace
 {
 
-constexpr std::array videoFormats = {"1280x720p23.98",  "1280x720p24",  "1280x720p25",    "1280x720p29.97",
-                                     "1280x720p30",     "1280x720p50",  "1280x720p59.94", "1280x720p60",
-                                     "1920x1080p23.98", "1920x1080p24", "1920x1080p25",   "1920x1080p29.97",
-                                     "1920x1080p30"};
-
 struct Line {
     const char *token;
     const char *signal;
@@ -32,6 +27,8 @@ constexpr std::array<Line, 7> lines = {{{"trigger", "trig", 2, 1250},
                                         {"io4", "event1", 1, 125},
                                         {"io5", "irig", 1, 0},
                                         {"io6", "", 0, 0}}};
+
+constexpr std::array featureKeys = {"corr_mode", "q4fw", "lens", "shtr", "ssd-format", "ssd-save"};
 
 constexpr std::array lineSignals = {"trig", "ready", "rec", "irig", "event1", "event2", "fsync", "shtr"};
 
@@ -54,24 +51,29 @@ QJsonObject acquisition(const Config &config)
             {"valid_res", QJsonArray::fromStringList(list)}};
 }
 
-QJsonObject lens(bool present)
-{
-    if (!present)
-        return {{"mount", "EF"},      {"state", 0},     {"id", 0},
-                {"name", ""},         {"af_switch", 0}, {"focal_len_min", 0},
-                {"focal_len_max", 0}, {"focal_len", 0}, {"fstop_min", 0.0},
-                {"fstop_max", 0.0},   {"fstop", 0.0},   {"focus_dist", 0.0}};
-    return {{"mount", "EF"},     {"state", 3},          {"id", 61182},         {"name", "24-70mm f/2.8"},
-            {"af_switch", 0},    {"focal_len_min", 24}, {"focal_len_max", 70}, {"focal_len", 50},
-            {"fstop_min", 22.0}, {"fstop_max", 2.8},    {"fstop", 4.0}};
-}
-
 QJsonObject features(const Config &config)
 {
     const bool current = config.firmware == Firmware::New;
-    return {{"corr_mode", current ? 1 : 0},   {"q4fw", current ? 1 : 0},
-            {"lens", config.hasLens ? 3 : 0}, {"shtr", config.hasShutter ? 1 : 0},
-            {"ssd-format", current ? 1 : 0},  {"ssd-save", current ? 3 : 1}};
+    QJsonObject features = {{"corr_mode", current ? 1 : 0},   {"q4fw", current ? 1 : 0},
+                            {"lens", config.hasLens ? 3 : 0}, {"shtr", config.hasShutter ? 1 : 0},
+                            {"ssd-format", current ? 1 : 0},  {"ssd-save", current ? 3 : 1}};
+    for (auto it = config.features.begin(); it != config.features.end(); ++it) {
+        if (it.value() < 0)
+            features.remove(it.key());
+        else
+            features[it.key()] = it.value();
+    }
+    return features;
+}
+
+QJsonObject video(const Config &config)
+{
+    const QString usual = QStringLiteral("1920x1080p30");
+    const bool hasUsual = config.videoFormats.isEmpty() || config.videoFormats.contains(usual);
+    QJsonObject video = {{"format", hasUsual ? usual : config.videoFormats.first()}};
+    if (config.tellsVideoFormats)
+        video["valid_format"] = QJsonArray::fromStringList(config.videoFormats);
+    return video;
 }
 
 QJsonObject adjustments(const Config &config)
@@ -116,18 +118,22 @@ QJsonObject initialDocument(const Config &config)
                                 {"fw_ver", current ? QJsonValue("3.2.1") : QJsonValue(117)},
                                 {"fw_state", 0}};
     doc["acq"] = acquisition(config);
-    doc["lens"] = lens(config.hasLens);
     doc["ssd"] =
         QJsonObject{{"name_seq", 1},
                     {"autosave", QJsonObject{{"mode", 0}, {"start", -100}, {"cnt", 200}, {"name", "take"}}}};
     doc["features"] = features(config);
     doc["io"] = ioLines();
     doc["adjust"] = adjustments(config);
-    QJsonArray formats;
-    for (const char *format : videoFormats)
-        formats.append(QString::fromLatin1(format));
-    doc["video"] = QJsonObject{{"format", "1920x1080p30"}, {"valid_format", formats}};
+    doc["video"] = video(config);
     return doc;
+}
+
+QStringList featureNames()
+{
+    QStringList names;
+    for (const char *key : featureKeys)
+        names.append(QString::fromLatin1(key));
+    return names;
 }
 
 bool lineAllowsSignal(const QString &line, const QString &signal)

@@ -14,4 +14,7 @@ QJsonObject initialDocument(const Config &config);
 /// Colour-independent names of the signals that a line may carry, the empty one (disabled) among them.
 bool lineAllowsSignal(const QString &line, const QString &signal);
 
+/// Keys of "features" that a camera may have.
+QStringList featureNames();
+
 } // namespace q4sim

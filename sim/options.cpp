@@ -1,5 +1,6 @@
 #include "sim/options.h"
 
+#include <algorithm>
 #include <array>
 #include <limits>
 #include <optional>
@@ -21,9 +22,11 @@ constexpr std::array options = {
     Option{"address", "ip", "127.0.0.1", "Address to answer on; give it again for one more camera."},
     Option{"port", "number", "80", "TCP port."},
     Option{"no-discovery", "", "", "Do not answer broadcasts."},
+    Option{"bare", "", "",
+           "Monochrome, without lens, shutter, drive and features, and with one video format."},
     Option{"name", "text", "Simulated Q4", "Name; further cameras get a number behind it."},
     Option{"serial", "text", "Q4-00001", "Serial; further cameras get a number behind it."},
-    Option{"pattern", "mono|rggb|gbrg", "rggb", "Colour pattern of the sensor."},
+    Option{"pattern", "mono|rggb|gbrg", "", "Colour pattern of the sensor; rggb, and mono when bare."},
     Option{"resolutions", "list", "", "Resolutions such as 640x480,320x240; the first is set at start."},
     Option{"firmware", "new|old", "new",
            "Old firmware has a number, few features, fr headers and time/year_offset."},
@@ -34,8 +37,18 @@ constexpr std::array options = {
     Option{"frame-rate", "fps", "1000", "Frame rate at start."},
     Option{"black-refs", "count", "8", "Black references that can be taken."},
     Option{"no-lens", "", "", "No lens is mounted."},
+    Option{"af-switch", "0|1", "0", "Switch of the lens; 1: only by hand."},
     Option{"no-shutter", "", "", "The camera has no shutter."},
+    Option{"shutter-fails", "", "", "The shutter fails at each move."},
     Option{"no-ssd", "", "", "No drive is inserted."},
+    Option{"ssd", "formatted|blank|broken", "formatted", "What the inserted drive is like."},
+    Option{
+        "feature", "name=number", "",
+        "One of corr_mode, q4fw, lens, shtr, ssd-format, ssd-save; -1: the camera does not tell it. Give it "
+        "again for one more."},
+    Option{"video-formats", "list", "", "Video formats such as 1280x720p30,1280x720p60; \"none\": not told."},
+    Option{"sync-fps", "fps", "0", "Signal at the sync input; 0: none."},
+    Option{"reject-firmware", "text", "", "Firmware files that begin with this are rejected."},
     Option{"seed", "number", "1", "Seed of the noise."},
 };
 
@@ -78,25 +91,50 @@ public:
     }
 
     QString text(const char *name) const { return m_parser.value(QString::fromLatin1(name)); }
+    QStringList texts(const char *name) const { return m_parser.values(QString::fromLatin1(name)); }
     bool isSet(const char *name) const { return m_parser.isSet(QString::fromLatin1(name)); }
 
-private:
     void fail(const QString &text)
     {
         if (m_error->isEmpty())
             *m_error = text;
     }
 
+private:
     const QCommandLineParser &m_parser;
     QString *m_error;
 };
 
+void readEquipment(Reader &reader, Config *config)
+{
+    config->hasLens = config->hasLens && !reader.isSet("no-lens");
+    config->afSwitch = reader.word("af-switch", "0|1");
+    config->hasShutter = config->hasShutter && !reader.isSet("no-shutter");
+    config->shutterFails = reader.isSet("shutter-fails");
+    config->hasSsd = (config->hasSsd || reader.isSet("ssd")) && !reader.isSet("no-ssd");
+    constexpr Medium media[] = {Medium::Formatted, Medium::Blank, Medium::Broken};
+    config->medium = media[std::max(reader.word("ssd", "formatted|blank|broken"), 0)];
+    const QStringList features = reader.texts("feature");
+    for (const QString &feature : features) {
+        bool good = false;
+        config->features[feature.section(u'=', 0, 0)] = feature.section(u'=', 1).toInt(&good);
+        if (!good)
+            reader.fail(QStringLiteral("--feature must be name=number, not \"%1\"").arg(feature));
+    }
+    config->tellsVideoFormats = reader.text("video-formats") != u"none";
+    if (config->tellsVideoFormats && reader.isSet("video-formats"))
+        config->videoFormats = reader.text("video-formats").split(u',', Qt::SkipEmptyParts);
+    config->syncFps = reader.real("sync-fps");
+    config->rejectedFirmware = reader.text("reject-firmware").toUtf8();
+}
+
 Config readCommon(Reader &reader)
 {
-    Config config;
+    Config config = reader.isSet("bare") ? bareConfig() : Config();
     config.port = static_cast<quint16>(reader.number("port", 1, 65535));
     config.discovery = !reader.isSet("no-discovery");
-    config.cfa = reader.word("pattern", "mono|rggb|gbrg");
+    if (reader.isSet("pattern"))
+        config.cfa = reader.word("pattern", "mono|rggb|gbrg");
     config.resolutions = reader.text("resolutions").split(u',', Qt::SkipEmptyParts);
     const bool old = reader.word("firmware", "new|old") == 1;
     config.firmware = old ? Firmware::Old : Firmware::New;
@@ -108,9 +146,7 @@ Config readCommon(Reader &reader)
     config.partitions = static_cast<int>(reader.number("partitions", 1, 1024));
     config.frameRate = reader.real("frame-rate");
     config.blackRefSlots = static_cast<int>(reader.number("black-refs", 0, 1000000));
-    config.hasLens = !reader.isSet("no-lens");
-    config.hasShutter = !reader.isSet("no-shutter");
-    config.hasSsd = !reader.isSet("no-ssd");
+    readEquipment(reader, &config);
     config.seed = static_cast<quint32>(reader.number("seed", 0, std::numeric_limits<quint32>::max()));
     return config;
 }

@@ -15,6 +15,9 @@ constexpr int expClksOfst = 13;
 constexpr int expClksMin = 113;
 constexpr int metaSize = 32; ///< bytes in front of a frame's pixels
 
+/// Numbers of acq/fsync_mode that have a source here.
+enum FsyncMode { FsyncInternal = 0, FsyncExternal = 1 };
+
 /// Shortest frame of a resolution, in clocks.
 int frClksMin(int width, int height);
 

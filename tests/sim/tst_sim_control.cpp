@@ -22,6 +22,9 @@ private slots:
     void controlIsNotLogged();
     void stateShowsTheTruthUnderAFault();
     void valueIsForcedAndFreed();
+    void hardwareIsPluggedAndPulled();
+    void senselessHardwareIsRefused_data();
+    void senselessHardwareIsRefused();
     void unknownControlsAre404();
 
 private:
@@ -127,6 +130,41 @@ void TestSimControl::valueIsForcedAndFreed()
     QCOMPARE(m_client->post("/sim/force", R"({"path":"camera/fw_state"})"), 200);
     QCOMPARE(m_client->get().json()["camera"]["fw_state"].toInt(-1), 0);
     QCOMPARE(m_client->post("/sim/force", R"({"value":2})"), 400);
+}
+
+void TestSimControl::hardwareIsPluggedAndPulled()
+{
+    QCOMPARE(m_client->post("/sim/hardware", R"({"lens":"remove","ssd":"remove","sync_fps":100})"), 200);
+    QCOMPARE(m_camera->value("lens/state").toInt(-1), 0);
+    QCOMPARE(m_camera->value("ssd/state").toInt(-1), 0);
+    QCOMPARE(m_client->put("/acq/fsync_mode", "1"), 200);
+    QCOMPARE(m_camera->value("acq/fsync_state").toInt(), 1);
+    QCOMPARE(m_client->post("/sim/hardware", R"({"lens":"mount","af_switch":1})"), 200);
+    QCOMPARE(m_camera->value("lens/state").toInt(-1), 1);
+    QCOMPARE(m_camera->value("lens/af_switch").toInt(-1), 1);
+}
+
+void TestSimControl::senselessHardwareIsRefused_data()
+{
+    QTest::addColumn<QByteArray>("body");
+    QTest::newRow("no JSON") << QByteArray("lens");
+    QTest::newRow("list") << QByteArray("[]");
+    QTest::newRow("unknown thing") << QByteArray(R"({"ssd":"remove","tripod":"remove"})");
+    QTest::newRow("unknown deed") << QByteArray(R"({"ssd":"remove","lens":"polish"})");
+    QTest::newRow("deed of another") << QByteArray(R"({"ssd":"remove","shutter":"remove"})");
+    QTest::newRow("number for a deed") << QByteArray(R"({"ssd":"remove","lens":1})");
+    QTest::newRow("text for a number") << QByteArray(R"({"ssd":"remove","af_switch":"manual"})");
+    QTest::newRow("negative signal") << QByteArray(R"({"ssd":"remove","sync_fps":-1})");
+}
+
+void TestSimControl::senselessHardwareIsRefused()
+{
+    QFETCH(QByteArray, body);
+    const QJsonObject before = m_camera->status();
+    const Reply reply = m_client->send("POST", "/sim/hardware", body);
+    QCOMPARE(reply.status, 400);
+    QVERIFY(!reply.json()["error"].toString().isEmpty());
+    QCOMPARE(m_camera->status(), before);
 }
 
 void TestSimControl::unknownControlsAre404()

@@ -32,6 +32,10 @@ private slots:
     void blackReferenceReplyHasAWrongType();
     void statusIsEmptyObject();
     void chosenKeysAreMissing();
+    void whatClientsDivideByOutlivesWrongTypes_data();
+    void whatClientsDivideByOutlivesWrongTypes();
+    void whatClientsDivideByIsThereAtTheFirstConnection_data();
+    void whatClientsDivideByIsThereAtTheFirstConnection();
     void emptyReplyIsASuccess();
     void noAnswerEverComes();
     void faultOfOneRouteSparesTheOthers();
@@ -240,6 +244,7 @@ void TestSimFaults::blackReferenceReplyHasAWrongType()
 
 void TestSimFaults::statusIsEmptyObject()
 {
+    QCOMPARE(m_client->get().status, 200);
     camera().setFault(Route::Status, {.kind = FaultKind::MissingKeys});
     QCOMPARE(m_client->get().body, QByteArray("{}"));
 }
@@ -254,6 +259,53 @@ void TestSimFaults::chosenKeysAreMissing()
     video.remove("valid_format");
     expected["video"] = video;
     QCOMPARE(m_client->get().json(), expected);
+}
+
+void TestSimFaults::whatClientsDivideByOutlivesWrongTypes_data()
+{
+    QTest::addColumn<QStringList>("keys");
+    QTest::newRow("everywhere") << QStringList();
+    QTest::newRow("their object") << QStringList{"acq"};
+    QTest::newRow("themselves") << QStringList{"acq/exp_clks_mult", "acq/fr_clks", "acq/fr_clks_min",
+                                               "acq/state"};
+}
+
+void TestSimFaults::whatClientsDivideByOutlivesWrongTypes()
+{
+    QFETCH(QStringList, keys);
+    camera().setFault(Route::Status, {.kind = FaultKind::WrongTypes, .keys = keys});
+    for (int i = 0; i < 2; ++i) {
+        const QJsonObject acq = m_client->get().json()["acq"].toObject();
+        QVERIFY(acq["state"].isString());
+        QCOMPARE(acq["exp_clks_mult"].toInt(), 25);
+        // 1000 frames a second; 120 rows of 320 / 8 + 20 clocks and 400 more.
+        QCOMPARE(acq["fr_clks"].toInt(), 100000);
+        QCOMPARE(acq["fr_clks_min"].toInt(), 7600);
+    }
+}
+
+void TestSimFaults::whatClientsDivideByIsThereAtTheFirstConnection_data()
+{
+    QTest::addColumn<QStringList>("keys");
+    QTest::newRow("all") << QStringList();
+    QTest::newRow("their object") << QStringList{"acq"};
+    QTest::newRow("themselves") << QStringList{"acq/exp_clks_mult", "acq/fr_clks", "acq/fr_clks_min"};
+}
+
+void TestSimFaults::whatClientsDivideByIsThereAtTheFirstConnection()
+{
+    QFETCH(QStringList, keys);
+    const QStringList divisors = {"exp_clks_mult", "fr_clks", "fr_clks_min"};
+    camera().setFault(Route::Status, {.kind = FaultKind::Http500, .count = 1});
+    QCOMPARE(m_client->get().status, 500);
+    camera().setFault(Route::Status, {.kind = FaultKind::MissingKeys, .keys = keys});
+    QJsonObject acq = m_client->get().json()["acq"].toObject();
+    for (const QString &divisor : divisors)
+        QVERIFY2(acq[divisor].toInt() > 0, qPrintable(divisor));
+    // From then on a client has them, and keeps what it has.
+    acq = m_client->get().json()["acq"].toObject();
+    for (const QString &divisor : divisors)
+        QVERIFY2(!acq.contains(divisor), qPrintable(divisor));
 }
 
 void TestSimFaults::emptyReplyIsASuccess()

@@ -4,6 +4,7 @@
 
 #include <QJsonArray>
 #include <QProcess>
+#include <QTcpSocket>
 #include <QTest>
 
 #include <csignal>
@@ -18,6 +19,9 @@ private slots:
     void helpNamesEveryOption();
     void oneCameraIsServedOnEachAddress();
     void optionsReachTheCamera();
+    void equipmentReachesTheCamera();
+    void bareCameraCanBeGivenThings();
+    void largeFirmwareFileIsTaken();
     void oldFirmwareBringsOldHeadersAndYearOffset();
     void signalEndsItCleanly_data();
     void signalEndsItCleanly();
@@ -51,9 +55,12 @@ void TestSimProgram::helpNamesEveryOption()
     QCOMPARE(process.exitCode(), 0);
     const QByteArray help = process.readAllStandardOutput();
     for (const char *option :
-         {"--address", "--port", "--no-discovery", "--name", "--serial", "--pattern", "--resolutions",
-          "--firmware", "--headers", "--year-offset", "--memory", "--partitions", "--frame-rate",
-          "--black-refs", "--no-lens", "--no-shutter", "--no-ssd", "--seed"})
+         {"--address",        "--port",        "--no-discovery", "--name",          "--serial",
+          "--pattern",        "--resolutions", "--firmware",     "--headers",       "--year-offset",
+          "--memory",         "--partitions",  "--frame-rate",   "--black-refs",    "--no-lens",
+          "--no-shutter",     "--no-ssd",      "--seed",         "--bare",          "--af-switch",
+          "--shutter-fails",  "--ssd",         "--feature",      "--video-formats", "--sync-fps",
+          "--reject-firmware"})
         QVERIFY2(help.contains(option), option);
 }
 
@@ -110,6 +117,80 @@ void TestSimProgram::optionsReachTheCamera()
     end(process);
 }
 
+void TestSimProgram::equipmentReachesTheCamera()
+{
+    QProcess process;
+    start(process, {"--address", "127.0.1.60", "--af-switch", "1", "--shutter-fails", "--ssd", "blank",
+                    "--feature", "lens=1", "--feature", "q4fw=-1", "--video-formats", "none", "--sync-fps",
+                    "50", "--reject-firmware", "BAD"});
+    HttpClient client("127.0.1.60");
+    QCOMPARE(client.put("/acq/fsync_mode", "1"), 200);
+    QCOMPARE(client.post("/shtr", R"({"pos":1})"), 200);
+    QVERIFY(QTest::qWaitFor([&] { return client.get().json()["shtr"]["state"].toInt() == 2; }));
+    const QJsonObject status = client.get().json();
+    QCOMPARE(status["lens"]["af_switch"].toInt(), 1);
+    QCOMPARE(status["ssd"]["state"].toInt(), 8);
+    QCOMPARE(status["features"]["lens"].toInt(), 1);
+    QVERIFY(!status["features"].toObject().contains("q4fw"));
+    QVERIFY(!status["video"].toObject().contains("valid_format"));
+    QCOMPARE(status["acq"]["fr_rate"].toDouble(), 50.0);
+    end(process);
+}
+
+void TestSimProgram::bareCameraCanBeGivenThings()
+{
+    QProcess process;
+    start(process, {"--address", "127.0.1.60", "--bare"});
+    const QJsonObject bare = HttpClient("127.0.1.60").get().json();
+    QCOMPARE(bare["camera"]["cfa"].toInt(-1), 0);
+    QCOMPARE(bare["lens"]["state"].toInt(-1), 0);
+    QCOMPARE(bare["ssd"]["state"].toInt(-1), 0);
+    QCOMPARE(bare["features"]["q4fw"].toInt(-1), 0);
+    QCOMPARE(bare["video"]["valid_format"].toArray().size(), 1);
+    end(process);
+    start(process, {"--address", "127.0.1.60", "--bare", "--pattern", "gbrg", "--ssd", "formatted",
+                    "--feature", "q4fw=1", "--video-formats", "1280x720p50,1280x720p60"});
+    const QJsonObject status = HttpClient("127.0.1.60").get().json();
+    QCOMPARE(status["camera"]["cfa"].toInt(-1), 2);
+    QCOMPARE(status["lens"]["state"].toInt(-1), 0);
+    QCOMPARE(status["ssd"]["state"].toInt(-1), 3);
+    QCOMPARE(status["features"]["q4fw"].toInt(-1), 1);
+    QCOMPARE(status["features"]["shtr"].toInt(-1), 0);
+    QCOMPARE(status["video"]["valid_format"].toArray(), QJsonArray({"1280x720p50", "1280x720p60"}));
+    end(process);
+}
+
+void TestSimProgram::largeFirmwareFileIsTaken()
+{
+    QProcess process;
+    start(process, {"--address", "127.0.1.60", "--no-discovery"});
+    HttpClient client("127.0.1.60");
+    const QByteArray head =
+        "--XX\r\nContent-Disposition: form-data; name=\"q4fw\"; filename=\"a.q4fw\"\r\n\r\n";
+    const QByteArray tail = "\r\n--XX--\r\n";
+    constexpr qint64 pieces = 3200;
+    const QByteArray piece(1 << 16, 'f');
+    QTcpSocket socket;
+    socket.connectToHost(QStringLiteral("127.0.1.60"), 80);
+    QVERIFY(socket.waitForConnected());
+    socket.write("POST /q4fw HTTP/1.1\r\nContent-Type: multipart/form-data; boundary=XX\r\nContent-Length: " +
+                 QByteArray::number(head.size() + pieces * piece.size() + tail.size()) + "\r\n\r\n" + head);
+    for (qint64 i = 0; i < pieces; ++i) {
+        socket.write(piece);
+        while (socket.bytesToWrite() > (1 << 20))
+            QVERIFY(socket.waitForBytesWritten(20000));
+        // Other requests are answered meanwhile.
+        if (i == pieces / 2)
+            QCOMPARE(client.get().status, 200);
+    }
+    socket.write(tail);
+    QVERIFY(QTest::qWaitFor([&] { return socket.bytesAvailable() > 0; }, 20000));
+    QVERIFY(socket.readAll().startsWith("HTTP/1.1 200 "));
+    const QJsonObject upload = client.get("/sim/state").json()["upload"].toObject();
+    QCOMPARE(upload["size"].toInteger(), 209715200);
+    end(process);
+}
+
 void TestSimProgram::oldFirmwareBringsOldHeadersAndYearOffset()
 {
     QProcess process;
@@ -156,6 +237,11 @@ void TestSimProgram::badStartIsOneSentenceAndAnExitCode_data()
     row("resolution", {"--resolutions", "big"}, "q4sim: \"big\" is no resolution\n");
     row("rate", {"--frame-rate", "fast"}, "q4sim: --frame-rate must be a number\n");
     row("negative rate", {"--frame-rate=-5"}, "q4sim: the frame rate must be above 0\n");
+    row("feature without a number", {"--feature", "lens"},
+        "q4sim: --feature must be name=number, not \"lens\"\n");
+    row("unknown feature", {"--feature", "zoom=1"}, "q4sim: \"zoom\" = 1 is no feature\n");
+    row("drive", {"--ssd", "full"}, "q4sim: --ssd must be one of formatted|blank|broken\n");
+    row("signal", {"--sync-fps=-1"}, "q4sim: the sync signal must have 0 to 100000000 frames per second\n");
     row("stray word", {"127.0.1.60"}, "q4sim: unexpected \"127.0.1.60\"\n");
 }
 
