@@ -1,6 +1,8 @@
 #include "camera/camera.h"
 
+#include "app/qml_object_list_model.h"
 #include "app/vesk_app.h"
+#include "camera/camera_io.h"
 #include "image/camera_img_adj_model.h"
 
 #include <QJsonArray>
@@ -13,10 +15,14 @@ using namespace std::chrono_literals;
 
 static constexpr auto PollInterval = 250ms;
 static constexpr auto PreviewInterval = 33ms;
+static constexpr int UserLines = 6;
 
 Camera::Camera(const QHostAddress &ip, QObject *parent) : VeskObject(CameraType, parent), m_ip(ip)
 {
     createValues();
+    wireLists();
+    createLines();
+    createLists();
     auto *model = new CameraImgAdjModel(this);
     setImgAdjModel(model);
     setVeskFrame(new VeskFrame(&model->data(), this));
@@ -28,6 +34,7 @@ Camera::Camera(const QHostAddress &ip, QObject *parent) : VeskObject(CameraType,
     connect(m_previewTimer, &QTimer::timeout, this, &Camera::previewTick);
     connect(this, &VeskObject::selectedChanged, this, &Camera::armPreview);
 
+    createFirmwareUpdate();
     setObjectName(objectName() + QStringLiteral("-Camera"));
 }
 
@@ -50,6 +57,16 @@ void Camera::createValues()
         m_cameraValues[std::size_t(row.index)] = value;
         appendValue(value);
     }
+}
+
+void Camera::createLines()
+{
+    auto *ios = new QQmlObjectListModel<CameraIO>(this);
+    ios->append(new CameraIO(QStringLiteral("Trigger I/O"), QStringLiteral("trigger"), this, CameraIO::Trig));
+    for (int number = 1; number <= UserLines; ++number)
+        ios->append(new CameraIO(QStringLiteral("I/O %1").arg(number), QStringLiteral("io%1").arg(number),
+                                 this, CameraIO::User));
+    m_ios = ios;
 }
 
 int Camera::takesAvailable() const
@@ -122,7 +139,7 @@ void Camera::pollCameraValuesFinished()
         const QJsonObject object = document.object();
         updateValues(object);
         updateTakes(object);
-        setConnected(true);
+        setConnected(true, object);
     }
     if (!document.isNull())
         emit valuesPolled();
@@ -135,15 +152,19 @@ void Camera::updateTakes(const QJsonObject &document)
     const QJsonArray saved =
         document.value(QLatin1StringView("acq")).toObject().value(QLatin1StringView("saved_takes")).toArray();
     const int partitions = prtnCntValue()->variant().toInt();
-    m_savedTakeIds.clear();
+    QSet<int> ids;
     for (const QJsonValue &take : saved) {
         const int takeId = take.toInt();
         if (takeId >= 1 && takeId <= partitions)
-            m_savedTakeIds.insert(takeId);
+            ids.insert(takeId);
     }
+    const bool countChanged = ids.size() != m_savedTakeIds.size();
+    m_savedTakeIds = ids;
+    if (countChanged)
+        emit savedTakeCountChanged();
 }
 
-void Camera::setConnected(bool now)
+void Camera::setConnected(bool now, const QJsonObject &document)
 {
     if (now == m_connected) {
         if (!now)
@@ -153,7 +174,7 @@ void Camera::setConnected(bool now)
     m_connected = now;
     emit connectedChanged();
     if (now) {
-        startConnected();
+        startConnected(document);
         return;
     }
     m_pollTimer->stop();
@@ -161,11 +182,18 @@ void Camera::setConnected(bool now)
     emit cameraDisconnected(this);
 }
 
-void Camera::startConnected()
+void Camera::startConnected(const QJsonObject &document)
 {
+    updateResList(document);
+    updateFrRateList();
+    updateExpList();
+    updateVidFormatList(document);
+    updateFstopList();
     // The workstation sets the camera's clock at every connection.
     timeValue()->setValue(QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyy-MM-dd hh:mm:ss")),
                           false);
+    for (int i = 0; i < m_ios->size(); ++i)
+        qobject_cast<CameraIO *>(m_ios->get(i))->update();
     m_pollTimer->start(PollInterval);
     m_previewClock.start();
     armPreview();

@@ -13,7 +13,10 @@
 #include <array>
 
 class QNetworkReply;
+class QQmlObjectListModelBase;
+class QStringListModel;
 class QTimer;
+struct SettingEntries;
 
 /**
  * One networked camera as a source: its values, the status poll that keeps them current, connecting and
@@ -32,6 +35,22 @@ class Camera : public VeskObject
     Q_PROPERTY(CameraValue *property READ property##Value CONSTANT)
     VESK_CAMERA_VALUES(VESK_VALUE_PROPERTY)
 #undef VESK_VALUE_PROPERTY
+    Q_PROPERTY(QQmlObjectListModelBase *ios READ ios CONSTANT)
+    Q_PROPERTY(int savedTakeCount READ savedTakeCount NOTIFY savedTakeCountChanged)
+    Q_PROPERTY(QStringListModel *resList READ resList NOTIFY resListChanged)
+    Q_PROPERTY(int resIndex READ resIndex NOTIFY resIndexChanged)
+    Q_PROPERTY(QStringListModel *frRateList READ frRateList NOTIFY frRateListChanged)
+    Q_PROPERTY(int frRateListIndex READ frRateListIndex NOTIFY frRateListIndexChanged)
+    Q_PROPERTY(QStringListModel *expList READ expList NOTIFY expListChanged)
+    Q_PROPERTY(int expListIndex READ expListIndex NOTIFY expListIndexChanged)
+    Q_PROPERTY(QStringListModel *trigOffsetList READ trigOffsetList NOTIFY trigOffsetListChanged)
+    Q_PROPERTY(int trigOffsetListIndex READ trigOffsetListIndex NOTIFY trigOffsetListIndexChanged)
+    Q_PROPERTY(QStringListModel *vidFormatList READ vidFormatList NOTIFY vidFormatListChanged)
+    Q_PROPERTY(int vidFormatIndex READ vidFormatIndex NOTIFY vidFormatIndexChanged)
+    Q_PROPERTY(QStringListModel *fstopList READ fstopList NOTIFY fstopListChanged)
+    Q_PROPERTY(int fstopIndex READ fstopIndex NOTIFY fstopIndexChanged)
+    Q_PROPERTY(double fwUpdateProgress READ fwUpdateProgress NOTIFY fwUpdateProgressChanged)
+    Q_PROPERTY(QString fwUpdateStatus READ fwUpdateStatus NOTIFY fwUpdateStatusChanged)
 
 public:
     enum FsyncMode { FsyncModeInt = 0, FsyncModeExt = 1, FsyncModeIrig = 2, FsyncModeTrig = 3 };
@@ -87,6 +106,29 @@ public:
     VESK_CAMERA_VALUES(VESK_VALUE_ACCESSOR)
 #undef VESK_VALUE_ACCESSOR
 
+    /** The seven electrical lines, as CameraIO. */
+    QQmlObjectListModelBase *ios() const { return m_ios; }
+
+    // The menus of settings, each with the place of the current one in it or -1.
+    QStringListModel *resList() const { return m_resList.model; }
+    int resIndex() const { return m_resList.index; }
+    QStringListModel *frRateList() const { return m_frRateList.model; }
+    int frRateListIndex() const { return m_frRateList.index; }
+    QStringListModel *expList() const { return m_expList.model; }
+    int expListIndex() const { return m_expList.index; }
+    QStringListModel *trigOffsetList() const { return m_trigOffsetList.model; }
+    int trigOffsetListIndex() const { return m_trigOffsetList.index; }
+    QStringListModel *vidFormatList() const { return m_vidFormatList.model; }
+    int vidFormatIndex() const { return m_vidFormatList.index; }
+    QStringListModel *fstopList() const { return m_fstopList.model; }
+    int fstopIndex() const { return m_fstopList.index; }
+
+    /** Percent of the upload; 0 while none runs, and a little above 0 before its first report. */
+    double fwUpdateProgress() const { return m_fwUpdateProgress; }
+    QString fwUpdateStatus() const { return m_fwUpdateStatus; }
+
+    /** Partitions that hold a saved take. */
+    int savedTakeCount() const { return int(m_savedTakeIds.size()); }
     /** Partitions that hold no saved take; 0 means that there is no room to record. */
     Q_INVOKABLE int takesAvailable() const;
     /** Application settings of this camera, kept by its serial number. */
@@ -112,8 +154,12 @@ public slots:
     void lensFocus(int step);
     /** Closes the shutter (true) or opens it. */
     void shutterMove(bool pos);
+    /** Asks for the recordings on the drive. */
+    void ssdLs();
     void ssdUmount();
     void ssdFormat(const QString &name);
+    /** Sends a firmware file; the camera installs it by itself and tells by fwState how it went. */
+    void fwUpdate(const QString &fileUrl);
 
 signals:
     void connectedChanged();
@@ -121,6 +167,21 @@ signals:
     void cameraConnectFailed(Camera *camera);
     void cameraDisconnected(Camera *camera);
     void valuesPolled();
+    void savedTakeCountChanged();
+    void resListChanged();
+    void resIndexChanged();
+    void frRateListChanged();
+    void frRateListIndexChanged();
+    void expListChanged();
+    void expListIndexChanged();
+    void trigOffsetListChanged();
+    void trigOffsetListIndexChanged();
+    void vidFormatListChanged();
+    void vidFormatIndexChanged();
+    void fstopListChanged();
+    void fstopIndexChanged();
+    void fwUpdateProgressChanged();
+    void fwUpdateStatusChanged();
 
 protected:
     bool framesBlocked() const override { return false; }
@@ -130,8 +191,15 @@ private slots:
     void pollCameraValues(bool init = false);
     void pollCameraValuesFinished();
     void brefFinished();
+    void fwUpdateFinished();
 
 private:
+    /** A menu of settings and the place of the current one. */
+    struct SettingList {
+        QStringListModel *model = nullptr;
+        int index = -1;
+    };
+
     enum class ValueIndex : std::size_t {
 #define VESK_VALUE_INDEX(property, path, altPath, type) property,
         VESK_CAMERA_VALUES(VESK_VALUE_INDEX)
@@ -140,8 +208,29 @@ private:
     };
 
     void createValues();
-    void setConnected(bool now);
-    void startConnected();
+    void createLines();
+    void createLists();
+    void wireLists();
+    void showEntries(SettingList &list, const SettingEntries &entries, void (Camera::*listChanged)(),
+                     void (Camera::*indexChanged)());
+    void moveIndex(SettingList &list, const QString &current, void (Camera::*indexChanged)());
+    void updateExpList();
+    void updateFrRateList();
+    void setFrRateListExt();
+    void updateTrigOffsetList();
+    void updateResList(const QJsonObject &document);
+    void updateResIndex();
+    void updateVidFormatList(const QJsonObject &document);
+    void updateVidFormatIndex();
+    void updateFstopList();
+    void updateFstopIndex();
+    void createFirmwareUpdate();
+    void setFwUpdateProgress(double percent);
+    void updateFwStatus();
+    QString fwStatusText();
+    /** The document is that of the poll that made the connection. */
+    void setConnected(bool now, const QJsonObject &document = {});
+    void startConnected(const QJsonObject &document);
     /**
      * Ticks every 33 ms from the connection on. While the camera is not selected a tick has nothing to do, so
      * none is delivered; with the selection they come again in step with those before.
@@ -162,4 +251,16 @@ private:
     bool m_pollInProgress = false;
     QTimer *m_previewTimer;
     QElapsedTimer m_previewClock; // since the connection
+    QQmlObjectListModelBase *m_ios = nullptr;
+    SettingList m_resList;
+    SettingList m_frRateList;
+    SettingList m_expList;
+    SettingList m_trigOffsetList;
+    SettingList m_vidFormatList;
+    SettingList m_fstopList;
+    double m_fwUpdateProgress = 0.0;
+    QString m_fwUpdateStatus;
+    /** The upload has ended and the camera is thought to be finishing. */
+    bool m_fwFinalizing = false;
+    QTimer *m_fwFinalizeTimer;
 };

@@ -62,6 +62,11 @@ void Camera::shutterMove(bool pos)
     sendCommand(QStringLiteral("/shtr"), QStringLiteral("{\"pos\":%1}").arg(int(pos)).toUtf8());
 }
 
+void Camera::ssdLs()
+{
+    sendCommand(QStringLiteral("/ssd-ls"), "{\"long\": 1}");
+}
+
 void Camera::ssdUmount()
 {
     sendCommand(QStringLiteral("/ssd-umount"));

@@ -1,4 +1,5 @@
 #include "camera/camera.h"
+#include "tests/support/camera_document.h"
 #include "tests/support/http_recorder.h"
 #include "tests/support/vesk_test_main.h"
 
@@ -171,8 +172,7 @@ private slots:
     {
         HttpRecorder server("127.0.2.6");
         QVERIFY(server.isListening());
-        server.setAnswer(
-            [](const auto &) { return HttpRecorder::Reply{"{\"camera\":{\"name\":\"A\"}}", {}}; });
+        server.setAnswer([](const auto &) { return HttpRecorder::Reply{statusBody("A"), {}}; });
         server.setHold([](const auto &) { return true; });
         app()->connectCamera(QStringLiteral("127.0.2.6"));
         QTRY_COMPARE(server.heldCount(), 1);
@@ -204,8 +204,7 @@ private slots:
     {
         HttpRecorder server("127.0.2.6");
         QVERIFY(server.isListening());
-        server.setAnswer(
-            [](const auto &) { return HttpRecorder::Reply{"{\"camera\":{\"name\":\"A\"}}", {}}; });
+        server.setAnswer([](const auto &) { return HttpRecorder::Reply{statusBody("A"), {}}; });
         app()->connectCamera(QStringLiteral("127.0.2.6"));
         QTRY_VERIFY(cameraAt(0)->connected());
         QSignalSpy removed(app()->veskObjModel(), &QAbstractItemModel::rowsRemoved);

@@ -1,4 +1,5 @@
 #include "camera/camera.h"
+#include "tests/support/camera_document.h"
 #include "tests/support/http_recorder.h"
 #include "tests/support/vesk_test_main.h"
 
@@ -19,8 +20,8 @@ private:
     {
         return {{"camera", QJsonObject{{"name", "Cam"}, {"serial", "42"}, {"fw_ver", "1.2"}}},
                 {"acq",
-                 QJsonObject{
-                     {"exp_clks", 100}, {"state", 1}, {"prtn_cnt", 4}, {"saved_takes", QJsonArray{1, 2}}}},
+                 acquisition(
+                     {{"exp_clks", 100}, {"state", 1}, {"prtn_cnt", 4}, {"saved_takes", QJsonArray{1, 2}}})},
                 {"meta", QJsonObject{{"year_offset", 1000}}},
                 {"adjust", QJsonObject{{"gain", 2.0}, {"cfa", 1}}}};
     }
@@ -73,7 +74,7 @@ private slots:
     void vocabularyStandsInOrderWithItsTypes()
     {
         const QList<VeskValue *> &values = m_camera->values();
-        QCOMPARE(values.size(), 64 + 19);
+        QCOMPARE(values.size(), 64 + 7 * 7 + 19);
         const struct {
             int index;
             const char *property;
@@ -102,8 +103,11 @@ private slots:
         }
         QCOMPARE(values[56]->altJsonPath(), (QStringList{"time", "year_offset"}));
         QCOMPARE(values[0]->altJsonPath(), QStringList{""});
-        QCOMPARE(values[64]->jsonPath(), (QStringList{"adjust", "offset"}));
-        QCOMPARE(values[82]->jsonPath(), (QStringList{"adjust", "wb_cal_b"}));
+        QCOMPARE(values[64]->jsonPath(), (QStringList{"io", "trigger", "signal"}));
+        QCOMPARE(values[65]->jsonPath(), (QStringList{"io", "trigger", "mode"}));
+        QCOMPARE(values[112]->jsonPath(), (QStringList{"io", "io6", "max"}));
+        QCOMPARE(values[113]->jsonPath(), (QStringList{"adjust", "offset"}));
+        QCOMPARE(values[131]->jsonPath(), (QStringList{"adjust", "wb_cal_b"}));
     }
 
     void firstReplyFillsValuesBeforeTheCameraIsConnected()
@@ -231,7 +235,8 @@ private slots:
     {
         m_server->setAnswer([](const auto &) {
             QJsonObject object = document();
-            object.insert("acq", QJsonObject{{"prtn_cnt", 2}, {"saved_takes", QJsonArray{1, 2, 2, 9, "x"}}});
+            object.insert("acq",
+                          acquisition({{"prtn_cnt", 2}, {"saved_takes", QJsonArray{1, 2, 2, 9, "x"}}}));
             return json(object);
         });
         connectIt();
@@ -311,7 +316,7 @@ private slots:
         QVERIFY(m_camera->connected());
         m_server = std::make_unique<HttpRecorder>("127.0.2.2");
         QVERIFY(m_server->isListening());
-        m_server->setAnswer([](const auto &) { return json({{"camera", QJsonObject{{"name", "Back"}}}}); });
+        m_server->setAnswer([](const auto &) { return json(statusDocument("Back")); });
         QTRY_COMPARE_WITH_TIMEOUT(m_camera->nameValue()->text(), "Back", 10000);
     }
 

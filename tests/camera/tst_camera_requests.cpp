@@ -1,5 +1,6 @@
 #include "camera/camera.h"
 #include "take/raw_frame.h"
+#include "tests/support/camera_document.h"
 #include "tests/support/http_recorder.h"
 #include "tests/support/vesk_test_main.h"
 
@@ -41,7 +42,7 @@ private slots:
     {
         m_server = std::make_unique<HttpRecorder>("127.0.2.7");
         QVERIFY(m_server->isListening());
-        answerPollsWith({"{\"camera\":{\"name\":\"Cam\"}}", {}});
+        answerPollsWith({statusBody("Cam"), {}});
         m_camera = std::make_unique<Camera>(QHostAddress("127.0.2.7"), nullptr);
     }
 
@@ -56,7 +57,7 @@ private slots:
         // Loopback addresses are never asked of a proxy; those of the private network are.
         HttpRecorder server("10.77.0.2");
         QVERIFY2(server.isListening(), "the private network is missing: run the tests with ./dev test");
-        server.setAnswer([](const auto &) { return HttpRecorder::Reply{"{}", {}}; });
+        server.setAnswer([](const auto &) { return HttpRecorder::Reply{statusBody({}), {}}; });
         HttpRecorder proxy(ProxyAddress);
         QVERIFY(proxy.isListening());
         Camera camera(QHostAddress("10.77.0.2"), nullptr);
@@ -70,7 +71,7 @@ private slots:
     {
         QHttpHeaders headers;
         headers.append("Set-Cookie", "session=1");
-        answerPollsWith({"{\"camera\":{\"name\":\"Cam\"}}", headers});
+        answerPollsWith({statusBody("Cam"), headers});
         connectIt();
         QTRY_VERIFY(polls() >= 2);
         m_camera->record();
@@ -84,7 +85,7 @@ private slots:
         QHttpHeaders headers;
         headers.append("Location", "http://127.0.2.7/other");
         m_server->setAnswer([headers](const HttpRecorder::Request &) {
-            return HttpRecorder::Reply{"{}", headers, QHttpServerResponder::StatusCode::Found};
+            return HttpRecorder::Reply{statusBody({}), headers, QHttpServerResponder::StatusCode::Found};
         });
         connectIt();
         QTRY_VERIFY(polls() >= 2);
@@ -102,7 +103,7 @@ private slots:
         m_server->clear();
         QTRY_VERIFY(polls() >= 2);
         QCOMPARE(m_camera->nameValue()->text(), "Cam");
-        answerPollsWith({"{\"camera\":{\"name\":\"Back\"}}", {}});
+        answerPollsWith({statusBody("Back"), {}});
         QTRY_COMPARE(m_camera->nameValue()->text(), "Back");
     }
 
