@@ -39,6 +39,10 @@ ControlGrid {
         valueColor: root.acqState === 1 ? "green" : "red"
         valueFont.pixelSize: 14
     }
+    CameraAcqSettings {
+        camera: root.camera
+        stbyOrRec: root.stbyOrRec
+    }
     ControlRow {
         rowHeight: 4
     }

@@ -9,36 +9,11 @@ ControlGrid {
 
     required property Camera camera
 
-    ControlRow {
-        id: nameRow
-
+    EditableValueRow {
         label: qsTr("Name")
-
-        ElidedLabel {
-            anchors.left: parent.left
-            anchors.leftMargin: 5
-            anchors.right: editButton.left
-            height: parent.height
-            text: root.camera.name.value ?? ""
-            horizontalAlignment: Text.AlignHCenter
-            verticalAlignment: Text.AlignVCenter
-            Accessible.role: Accessible.StaticText
-            Accessible.name: nameRow.label
-            Accessible.description: text
-        }
-        IconButton {
-            id: editButton
-
-            anchors.right: parent.right
-            anchors.rightMargin: 5
-            width: 20
-            height: parent.height
-            iconText: "\uEC82"
-            name: qsTr("Edit name")
-            iconSize: 14
-            hoverSize: 18
-            onClicked: nameDialog.open()
-        }
+        text: root.camera.name.value ?? ""
+        editName: qsTr("Edit name")
+        onEdit: nameDialog.open()
     }
     ControlValueRow {
         label: qsTr("Serial")

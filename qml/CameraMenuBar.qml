@@ -9,6 +9,7 @@ VeskMenuBar {
 
     required property Camera camera
     required property DialogLoader connectDialog
+    required property DialogLoader deleteAllDialog
 
     Menu {
         title: qsTr("&File")
@@ -17,6 +18,10 @@ VeskMenuBar {
             connectDialog: root.connectDialog
         }
         MenuSeparator {}
+        TakesDeleteAllMenuItem {
+            camera: root.camera
+            deleteAllDialog: root.deleteAllDialog
+        }
         CameraDisconnectMenuItem {
             camera: root.camera
         }

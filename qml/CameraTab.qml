@@ -101,9 +101,20 @@ Item {
 
             width: Theme.contextMenuWidth
 
+            TakesDeleteAllMenuItem {
+                camera: root.camera
+                deleteAllDialog: deleteAll
+            }
             CameraDisconnectMenuItem {
                 camera: root.camera
             }
+        }
+    }
+    DialogLoader {
+        id: deleteAll
+
+        sourceComponent: TakesDeleteAllDialog {
+            camera: root.camera
         }
     }
 }

@@ -79,6 +79,8 @@ Rectangle {
             color: Theme.paneColor
             visible: root.expanded
             clip: true
+            Accessible.role: Accessible.Grouping
+            Accessible.name: root.label
 
             Loader {
                 id: loader

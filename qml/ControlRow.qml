@@ -10,6 +10,7 @@ Item {
 
     default property alias widget: background.data
     property string label: ""
+    property color labelColor: "white"
     property bool subRow: false
     property int rowHeight: Theme.rowHeight
     readonly property int widgetWidth: background.widgetWidth
@@ -22,6 +23,7 @@ Item {
         height: parent.height
         leftPadding: root.subRow ? Theme.subLabelPadding : Theme.labelPadding
         text: root.label
+        color: root.enabled ? root.labelColor : Theme.disabledTextColor
         elide: Text.ElideRight
         verticalAlignment: Text.AlignVCenter
         Accessible.ignored: true

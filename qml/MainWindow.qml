@@ -84,6 +84,13 @@ ApplicationWindow {
 
         sourceComponent: CameraConnectDialog {}
     }
+    DialogLoader {
+        id: takesDeleteAll
+
+        sourceComponent: TakesDeleteAllDialog {
+            camera: root.shownCamera
+        }
+    }
 
     Component {
         id: aboutView
@@ -110,6 +117,7 @@ ApplicationWindow {
         CameraMenuBar {
             camera: root.shownCamera
             connectDialog: cameraConnect
+            deleteAllDialog: takesDeleteAll
         }
     }
 }

@@ -2,14 +2,19 @@
 # the directory of their target.
 set(vesk_singletons App Theme)
 set(vesk_views
-  AboutMenuBar AboutText AboutView AdjTextField AllTakesRecordedDialog BrefBanner BrefSlotsFullDialog
-  CameraAcqControl CameraConnectDialog CameraConnectMenuItem CameraControlBar CameraControlView
-  CameraDisconnectMenuItem CameraMainControl CameraMenuBar CameraNameEditDialog CameraTab CameraTabSsdRow
-  CollapsiblePane ColorAdjControl ColorAdjRow ControlBarBackground ControlBarEdge ControlButton ControlComboBox
-  ControlGrid ControlRow ControlValueRow DialogButton DialogFooter DialogLoader DialogWindow ElidedLabel
-  ExitMenuItem FlatTextField HelpMenu IOSpinBox Icon IconButton IconMenuItem ImgFrameScrollBar ImgFrameView
-  ImgToolsControl LogSlider MainWindow PixelReadout RadioMenuItem RefusalDialog TransformButton
-  UnitsComboBox UnitsTextField VeskButton VeskMenuBar VeskSpinBox VeskTabBar ZoomMenuItem)
+  AboutMenuBar AboutText AboutView AdjTextField AdjustmentRow AllTakesRecordedDialog BrefBanner
+  BrefSlotsFullDialog CameraAcqControl CameraAcqSettings CameraConnectDialog CameraConnectMenuItem
+  CameraControlBar CameraControlView CameraDisconnectMenuItem CameraFrameBufferControl CameraFWControl
+  CameraIOControl CameraIOPane CameraMainControl CameraMenuBar CameraNameEditDialog CameraTab
+  CameraTabSsdRow CollapsiblePane ColorAdjControl ColorAdjRow ComboRow ControlBarBackground ControlBarEdge
+  ControlButton ControlComboBox ControlGrid ControlRow ControlValueRow DialogButton DialogFooter DialogForm
+  DialogLabel DialogLoader DialogWindow EditableValueRow ElidedLabel ExitMenuItem FlatTextField FocusButtons
+  FWUpdateDialog HelpMenu Icon IconButton IconMenuItem ImgAdjControl ImgAdjRow ImgFrameScrollBar
+  ImgFrameView ImgToolsControl IOSpinBox IOTimingRow LensShutterControl LogSlider MainWindow NumberRow
+  PartitionDialog PixelReadout PositiveValidator RadioMenuItem RefusalDialog SsdAutosaveControl
+  SsdAutosaveNameEditDialog SsdControl SsdFormatDialog TakesDeleteAllDialog TakesDeleteAllMenuItem
+  TransformButton UnitsComboBox UnitsComboRow UnitsTextField VeskButton VeskMenuBar VeskSpinBox VeskTabBar
+  VideoControl ZoomMenuItem)
 
 set(vesk_qml_files)
 foreach(view IN LISTS vesk_singletons vesk_views)

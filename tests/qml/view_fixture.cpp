@@ -11,6 +11,8 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 // Generated with the QML module Vesk: registers the classes for the views.
@@ -160,6 +162,85 @@ QString ViewFixture::rowText(const QString &label) const
     return row ? row->text(QAccessible::Description) : u"no row "_s + label;
 }
 
+QAccessibleInterface *ViewFixture::inSection(const QString &section, const QString &name,
+                                             QAccessible::Role role) const
+{
+    return findElement(element(section, QAccessible::Grouping), name, role);
+}
+
+bool ViewFixture::clickIn(const QString &section, const QString &name) const
+{
+    QAccessibleInterface *target = nullptr;
+    return QTest::qWaitFor([&] { return (target = inSection(section, name)) != nullptr; }) &&
+           click(window(), target);
+}
+
+QString ViewFixture::rowText(const QString &section, const QString &label) const
+{
+    QAccessibleInterface *row = inSection(section, label, QAccessible::StaticText);
+    return row ? row->text(QAccessible::Description) : u"no row "_s + label;
+}
+
+static QString propertyOf(QAccessibleInterface *element, const char *name)
+{
+    return element ? element->object()->property(name).toString() : u"not there"_s;
+}
+
+QString ViewFixture::choice(const QString &section, const QString &label) const
+{
+    return propertyOf(inSection(section, label, QAccessible::ComboBox), "displayText");
+}
+
+bool ViewFixture::choose(const QString &section, const QString &label, const QString &entry) const
+{
+    if (!clickIn(section, label))
+        return false;
+    QAccessibleInterface *row = nullptr;
+    return QTest::qWaitFor([&] { return (row = element(entry, QAccessible::MenuItem)) != nullptr; }) &&
+           click(window(), row);
+}
+
+static QQuickItem *textInputBelow(QQuickItem *item)
+{
+    if (!item || item->inherits("QQuickTextInput"))
+        return item;
+    const QList<QQuickItem *> children = item->childItems();
+    for (QQuickItem *child : children) {
+        if (QQuickItem *found = textInputBelow(child))
+            return found;
+    }
+    return nullptr;
+}
+
+QQuickItem *ViewFixture::field(const QString &section, const QString &label) const
+{
+    for (const QAccessible::Role role :
+         {QAccessible::ComboBox, QAccessible::EditableText, QAccessible::SpinBox}) {
+        if (QAccessibleInterface *found = inSection(section, label, role))
+            return textInputBelow(qobject_cast<QQuickItem *>(found->object()));
+    }
+    return nullptr;
+}
+
+QString ViewFixture::fieldText(const QString &section, const QString &label) const
+{
+    QQuickItem *input = field(section, label);
+    return input ? input->property("text").toString() : u"no field "_s + label;
+}
+
+bool ViewFixture::type(const QString &section, const QString &label, const QString &text, Qt::Key end) const
+{
+    QQuickItem *input = field(section, label);
+    if (!input || !click(window(), QAccessible::queryAccessibleInterface(input)))
+        return false;
+    QTest::keySequence(window(), QKeySequence::SelectAll);
+    QTest::keyClick(window(), Qt::Key_Delete);
+    for (const QChar character : text)
+        QTest::sendKeyEvent(QTest::Click, window(), Qt::Key_unknown, character, Qt::NoModifier);
+    QTest::keyClick(window(), end);
+    return true;
+}
+
 QPoint ViewFixture::centre(QWindow *window, QAccessibleInterface *element)
 {
     return window->mapFromGlobal(element->rect().center());
@@ -173,11 +254,25 @@ void ViewFixture::settle(QWindow *window)
     swapped.wait();
 }
 
-bool ViewFixture::click(QWindow *window, const QString &name, Qt::MouseButton button)
+/** Scrolls the element to where it can be seen, as the user would with the wheel. */
+void ViewFixture::reveal(QAccessibleInterface *element)
 {
-    QAccessibleInterface *target = nullptr;
-    if (!QTest::qWaitFor([&] { return (target = element(window, name)) != nullptr; }))
-        return false;
+    auto *item = qobject_cast<QQuickItem *>(element->object());
+    for (QQuickItem *view = item; view; view = view->parentItem()) {
+        if (!view->inherits("QQuickFlickable"))
+            continue;
+        auto *content = view->property("contentItem").value<QQuickItem *>();
+        const QRectF place = item->mapRectToItem(content, QRectF({}, item->size()));
+        const qreal top = view->property("contentY").toReal();
+        if (place.top() < top || place.bottom() > top + view->height())
+            view->setProperty("contentY", std::max(0.0, place.center().y() - view->height() / 2));
+    }
+}
+
+bool ViewFixture::click(QWindow *window, QAccessibleInterface *target, Qt::MouseButton button)
+{
+    settle(window);
+    reveal(target);
     settle(window);
     const QPoint point = centre(window, target);
     if (!QRect({}, window->size()).contains(point))
@@ -185,6 +280,13 @@ bool ViewFixture::click(QWindow *window, const QString &name, Qt::MouseButton bu
     QTest::mouseMove(window, point);
     QTest::mouseClick(window, button, {}, point);
     return true;
+}
+
+bool ViewFixture::click(QWindow *window, const QString &name, Qt::MouseButton button)
+{
+    QAccessibleInterface *target = nullptr;
+    return QTest::qWaitFor([&] { return (target = element(window, name)) != nullptr; }) &&
+           click(window, target, button);
 }
 
 bool ViewFixture::click(const QString &name, Qt::MouseButton button) const

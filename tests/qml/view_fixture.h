@@ -58,10 +58,29 @@ public:
     /** What a row of the control bar tells. */
     QString rowText(const QString &label) const;
 
+    // The same label may stand in several sections of the control bar.
+    QAccessibleInterface *inSection(const QString &section, const QString &name,
+                                    QAccessible::Role role = QAccessible::NoRole) const;
+    bool clickIn(const QString &section, const QString &name) const;
+    QString rowText(const QString &section, const QString &label) const;
+    /** What a box without a field shows. */
+    QString choice(const QString &section, const QString &label) const;
+    /** Opens the box and clicks an entry. */
+    bool choose(const QString &section, const QString &label, const QString &entry) const;
+    /** The text input of a field, or of a box that has one. */
+    QQuickItem *field(const QString &section, const QString &label) const;
+    QString fieldText(const QString &section, const QString &label) const;
+    /** Clicks into the field, replaces its text key by key and ends with a key. */
+    bool type(const QString &section, const QString &label, const QString &text,
+              Qt::Key end = Qt::Key_Return) const;
+
     /** Waits until everything stands where it belongs. */
     static void settle(QWindow *window);
     static QPoint centre(QWindow *window, QAccessibleInterface *element);
-    /** Clicks the element in its middle; false if it is not there, or not inside the window. */
+    static void reveal(QAccessibleInterface *element);
+    /** Clicks the element in its middle; false if it is not there, or cannot be brought into the window. */
+    static bool click(QWindow *window, QAccessibleInterface *element,
+                      Qt::MouseButton button = Qt::LeftButton);
     static bool click(QWindow *window, const QString &name, Qt::MouseButton button = Qt::LeftButton);
     bool click(const QString &name, Qt::MouseButton button = Qt::LeftButton) const;
 

@@ -1,0 +1,70 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import QtQuick.Controls
+import Vesk
+
+/** One number of a picture's adjustment: a slider and, under it, a field. Only the user's action writes. */
+ControlRow {
+    id: root
+
+    required property real number
+    property bool logarithmic: false
+    readonly property Slider slider: loader.item as Slider
+
+    /** The user moved the slider or typed a number. */
+    signal entered(real number)
+
+    rowHeight: 44
+
+    Loader {
+        id: loader
+
+        anchors.horizontalCenter: parent.horizontalCenter
+        width: root.widgetWidth
+        height: 22
+        sourceComponent: root.logarithmic ? logSlider : linearSlider
+    }
+    Component {
+        id: logSlider
+
+        LogSlider {
+            name: root.label
+            number: root.number
+            onNumberMoved: number => root.entered(number)
+        }
+    }
+    Component {
+        id: linearSlider
+
+        Slider {
+            from: -1
+            to: 1
+            stepSize: 0.01
+            value: root.number
+            focusPolicy: Qt.TabFocus
+            Accessible.name: root.label
+            onMoved: root.entered(value)
+            onPressedChanged: {
+                if (!pressed)
+                    focus = false;
+            }
+        }
+    }
+    AdjTextField {
+        anchors.top: loader.bottom
+        anchors.horizontalCenter: parent.horizontalCenter
+        width: root.widgetWidth
+        height: 20
+        name: root.label
+        value: root.number
+        validator: DoubleValidator {
+            bottom: root.logarithmic ? 0.1 : -1
+            top: root.logarithmic ? 10 : 1
+            decimals: 2
+            notation: DoubleValidator.StandardNotation
+            locale: "C"
+        }
+        onEditingFinished: number => root.entered(number)
+    }
+}

@@ -1,0 +1,78 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import Vesk
+
+/** What a recording is made with. */
+Column {
+    id: root
+
+    required property Camera camera
+    required property bool stbyOrRec
+    readonly property real clkFreq: camera.clkFreq.value ?? 0
+    readonly property int fsyncMode: camera.fsyncMode.value ?? 0
+    readonly property int corrMode: camera.corrMode.value ?? 0
+
+    /** A count of clocks that a value of the camera can hold. */
+    function clocks(count) {
+        return Math.min(count, 2147483647);
+    }
+
+    width: parent?.width ?? 0
+
+    ComboRow {
+        label: qsTr("Resolution")
+        model: root.camera.resList
+        currentIndex: root.camera.resIndex
+        choosable: root.stbyOrRec
+        popupHeight: 150
+        onChosen: (index, text) => root.camera.res.value = text
+    }
+    UnitsComboRow {
+        label: qsTr("Frame Rate")
+        labelColor: (root.camera.fsyncState.value ?? 0) < 0 ? "red" : "white"
+        units: "fps"
+        list: root.camera.frRateList
+        listIndex: root.camera.frRateListIndex
+        enabled: root.fsyncMode !== Camera.FsyncModeExt
+        validator: PositiveValidator {}
+        onEntered: text => {
+            const rate = Math.min(Number(text), root.clkFreq);
+            root.camera.frClks.value = root.clocks(root.clkFreq / rate);
+        }
+    }
+    UnitsComboRow {
+        label: qsTr("Exposure Time")
+        units: "µs"
+        list: root.camera.expList
+        listIndex: root.camera.expListIndex
+        validator: PositiveValidator {}
+        onEntered: text => root.camera.expClks.value = root.clocks(root.clkFreq * Number(text) / 1000000)
+    }
+    UnitsComboRow {
+        label: qsTr("Trigger Offset")
+        units: "frames"
+        list: root.camera.trigOffsetList
+        listIndex: root.camera.trigOffsetListIndex
+        enabled: root.stbyOrRec
+        validator: IntValidator {}
+        onEntered: text => root.camera.trigOffset.value = text
+    }
+    ComboRow {
+        label: qsTr("Frame Sync Mode")
+        model: [qsTr("Internal"), qsTr("External")]
+        currentIndex: root.fsyncMode
+        onChosen: index => root.camera.fsyncMode.value = index
+    }
+    ComboRow {
+        label: qsTr("Black Ref Mode")
+        model: [qsTr("Normal"), qsTr("Advanced")]
+        currentIndex: root.corrMode & Camera.CorrModeBrefAdv ? 1 : 0
+        visible: ((root.camera.featureCorrMode.value ?? 0) & Camera.CorrModeBrefAdv) !== 0
+        choosable: root.fsyncMode === Camera.FsyncModeInt
+        onChosen: index => {
+            const others = root.corrMode & ~Camera.CorrModeBrefAdv;
+            root.camera.corrMode.value = index === 1 ? others | Camera.CorrModeBrefAdv : others;
+        }
+    }
+}

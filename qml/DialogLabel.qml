@@ -1,0 +1,8 @@
+import QtQuick.Controls
+import QtQuick.Layouts
+
+/** The label of a row of a larger dialog. */
+Label {
+    Layout.preferredWidth: 64
+    Layout.preferredHeight: 18
+}

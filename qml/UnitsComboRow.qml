@@ -1,0 +1,96 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import Vesk
+
+/**
+ * A setting that is picked from a list or typed. List and place in it are the camera's: what was entered is
+ * handed over, and the field then shows what became of it.
+ */
+ControlRow {
+    id: root
+
+    required property var list
+    required property int listIndex
+    /** What the field shows of a setting that is not in the list. */
+    property string unlisted: ""
+    property string units: ""
+    property string prefix: ""
+    property alias validator: box.validator
+    /** What the field showed before the user's edit; leaving it as it is enters nothing. */
+    property string shown: ""
+
+    /** The user picked an entry or typed an acceptable text. */
+    signal entered(string text)
+
+    function showCurrent() {
+        box.currentIndex = Qt.binding(() => root.listIndex);
+        box.editText = root.listIndex >= 0 ? box.textAt(root.listIndex) : root.unlisted;
+    }
+
+    function enter(text) {
+        if (box.acceptableInput && text !== root.shown) {
+            root.shown = text;
+            root.entered(text);
+        }
+        Qt.callLater(root.settle);
+    }
+
+    /** After the value has been written, or not. */
+    function settle() {
+        root.showCurrent();
+        root.shown = box.editText;
+    }
+
+    rowHeight: Theme.buttonHeight
+
+    UnitsComboBox {
+        id: box
+
+        anchors.centerIn: parent
+        width: root.widgetWidth
+        height: parent.height
+        editable: true
+        model: root.list
+        textRole: "display"
+        units: root.units
+        prefix: root.prefix
+        currentIndex: root.listIndex
+        Accessible.name: root.label
+        onActivated: index => {
+            root.enter(box.textAt(index));
+            box.focus = false;
+        }
+        onAccepted: {
+            root.enter(box.editText);
+            box.focus = false;
+        }
+        Component.onCompleted: root.settle()
+        Keys.onEscapePressed: {
+            root.settle();
+            box.focus = false;
+        }
+
+        // A list that is made anew, or another place in it, while nobody types.
+        Connections {
+            target: root.list
+
+            function onModelReset() {
+                if (!box.activeFocus)
+                    Qt.callLater(root.settle);
+            }
+        }
+        Connections {
+            target: root
+
+            function onListIndexChanged() {
+                if (!box.activeFocus)
+                    Qt.callLater(root.settle);
+            }
+            function onUnlistedChanged() {
+                if (!box.activeFocus)
+                    Qt.callLater(root.settle);
+            }
+        }
+    }
+}
