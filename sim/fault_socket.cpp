@@ -73,8 +73,6 @@ void FaultSocket::sendStart()
 void FaultSocket::slowUpload(qint64 bytes, int ms)
 {
     m_step = std::max<qint64>(bytes, 1);
-    // What the network holds back would count as sent to the client.
-    setSocketOption(ReceiveBufferSizeSocketOption, static_cast<int>(std::min<qint64>(m_step, 64 << 10)));
     setReadBufferSize(bytesAvailable());
     m_readTimer.start(std::max(ms, 1));
 }
@@ -103,12 +101,13 @@ void FaultSocket::watchUpload()
     abort();
 }
 
-// Sets `fresh` to the bytes behind the head.
+// Takes the bytes of the head off `fresh`.
 bool FaultSocket::findUpload(qint64 *fresh)
 {
     if (m_head.size() > headMax)
         return false;
-    m_head += peek(*fresh);
+    const qsizetype known = m_head.size();
+    m_head += peek(headMax);
     static const QRegularExpression form(
         QStringLiteral("^POST /q4fw .*?\\r\\ncontent-length: *(\\d{1,15})\\r\\n.*?(?<=\\r\\n)\\r\\n"),
         QRegularExpression::CaseInsensitiveOption | QRegularExpression::DotMatchesEverythingOption);
@@ -118,7 +117,7 @@ bool FaultSocket::findUpload(qint64 *fresh)
     if (!match.hasMatch())
         return false;
     m_bodySize = match.captured(1).toLongLong();
-    *fresh = m_head.size() - match.capturedEnd();
+    *fresh -= match.capturedEnd() - known;
     emit uploadBegan(m_bodySize);
     return true;
 }
@@ -143,6 +142,9 @@ void FaultTcpServer::incomingConnection(qintptr handle)
 {
     auto *socket = new FaultSocket(this);
     socket->setSocketDescriptor(handle);
+    // What the network keeps for the camera counts as sent to the client, and comes in at once. With little
+    // of it an upload breaks where it is told to, and the client feels a slow camera early.
+    socket->setSocketOption(QAbstractSocket::ReceiveBufferSizeSocketOption, 64 << 10);
     m_open.removeAll(nullptr);
     m_open.append(socket);
     emit opened(socket);

@@ -70,6 +70,12 @@ void TestSimControl::faultTakesItsNumbers()
     QCOMPARE(m_client->send("POST", "/xfer", live).body.size(), 32 + 640 * 480 - 3);
     QCOMPARE(m_client->post("/sim/fault", R"({"on":"status","kind":"missing-keys","keys":["lens"]})"), 200);
     QVERIFY(!m_client->get().json().contains("lens"));
+    QCOMPARE(m_client->post("/sim/fault", R"({"on":"q4fw","kind":"close-upload","percent":90})"), 200);
+    QCOMPARE(m_client->post("/q4fw", QByteArray(3000000, 'x')), 0);
+    const QJsonObject upload = m_client->get("/sim/state").json()["upload"].toObject();
+    QCOMPARE(upload["expected"].toInt(), 3000000);
+    QVERIFY2(upload["received"].toInt() >= 2700000 && upload["received"].toInt() < 3000000,
+             qPrintable(QString::number(upload["received"].toInt())));
 }
 
 void TestSimControl::unknownFaultsAreRefused_data()
