@@ -101,6 +101,31 @@ void Session::toggleSection(const QString &section, bool folded)
     m_layout.setFolded(section, folded);
 }
 
+bool Session::choose(const QString &row, int index, const QString &section) const
+{
+    const QRect box = m_layout.widget(row, section);
+    const QPoint entry = WindowLayout::choice(box, index);
+    // At the right, where boxes with a field have their arrow.
+    click(QPoint(box.right() - 8, box.center().y()));
+    move(entry);
+    // The entry under the pointer is lit when the list is there.
+    if (!wait([entry](const QImage &now) { return now.pixel(entry + QPoint(50, 8)) == 0xFFD25F15; }))
+        return false;
+    keepPicture(u"choice-"_s + QString(section + row).remove(u' ').remove(u'/'));
+    click(entry);
+    return true;
+}
+
+bool Session::type(const QString &row, const QString &text, const QString &section) const
+{
+    click(m_layout.widget(row, section).center() - QPoint(20, 0));
+    key(u"ctrl+a"_s);
+    if (!screen.type(text))
+        return false;
+    key(u"Return"_s);
+    return true;
+}
+
 bool Session::pickFromFileMenu(int index) const
 {
     const QPoint entry = m_layout.fileMenuItem(index);

@@ -45,6 +45,11 @@ public:
     /// Folds or unfolds a section of the panel.
     void toggleSection(const QString &section, bool folded);
 
+    /// Opens a box of the panel and picks an entry.
+    bool choose(const QString &row, int index, const QString &section = {}) const;
+    /// Clicks into a field of the panel, replaces its text and ends with Return.
+    bool type(const QString &row, const QString &text, const QString &section = {}) const;
+
     /// Opens the "File" menu and picks an entry of WindowLayout::fileMenuItem().
     bool pickFromFileMenu(int index) const;
 

@@ -206,7 +206,7 @@ void TestCameraSession::escapeLeavesTheNameAsItWas()
 
 void TestCameraSession::disconnectLeadsBackToTheAboutView()
 {
-    QVERIFY(m_session.pickFromFileMenu(1));
+    QVERIFY(m_session.pickFromFileMenu(2));
     QVERIFY(m_session.wait([&](const QImage &now) {
         return Session::count(now, m_session.layout().tab(), isBright) == 0 && !WindowLayout(now).valid();
     }));
@@ -254,7 +254,7 @@ void TestCameraSession::closeByWindow()
 void TestCameraSession::closingTheWindowEndsTheProgramWithZero()
 {
     m_session.toggleSection(u"Acquisition"_s, true);
-    const QPoint next = m_session.layout().sectionHeader(u"Image Tools"_s);
+    const QPoint next = m_session.layout().sectionHeader(u"Frame Buffer"_s);
     // Where there was the panel's pane there is the next section's header.
     QVERIFY(m_session.wait([&](const QImage &now) {
         return Session::count(now, QRect(5, next.y() - 8, 100, 16), isBright) > 30;
@@ -267,7 +267,7 @@ void TestCameraSession::foldedSectionAndNameAreThereAfterARestart()
 {
     QCOMPARE(m_session.startProgram(), QString());
     m_session.layout().setFolded(u"Acquisition"_s, true);
-    const QPoint next = m_session.layout().sectionHeader(u"Image Tools"_s);
+    const QPoint next = m_session.layout().sectionHeader(u"Frame Buffer"_s);
     QVERIFY(m_session.wait([&](const QImage &now) {
         return Session::count(now, QRect(5, next.y() - 8, 100, 16), isBright) > 30 &&
                sameText(tabName(), m_name);
@@ -289,7 +289,7 @@ void TestCameraSession::silentCameraDoesNotFreezeTheWindow()
     QElapsedTimer timer;
     timer.start();
     m_session.click(m_session.layout().fileMenu());
-    const QPoint item = m_session.layout().fileMenuItem(2);
+    const QPoint item = m_session.layout().fileMenuItem(3);
     const auto open = [&](const QImage &now) {
         return now.copy(QRect(item, QSize(40, 8))) != still.copy(QRect(item, QSize(40, 8)));
     };

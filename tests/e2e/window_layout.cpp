@@ -25,9 +25,25 @@ struct Section {
     std::vector<Row> rows;
 };
 
-const std::array<Section, 4> sections = {{
+const std::vector<Row> lineRows = {{"Signal", 30},     {"Mode", 30},       {"Polarity", 30}, {"Delay", 30},
+                                   {"Min. Width", 30}, {"Max. Width", 30}, {"Filter", 30}};
+
+// Everything that a camera can have, in the order of the panel.
+const std::vector<Section> sections = {
     {"Camera", {{"Name", 25}, {"Serial", 25}, {"IP Address", 25}, {"Model", 25}}},
-    {"Acquisition", {{"State", 25}, {"", 4}, {"Black Reference", 40}, {"", 4}, {"Record", 40}}},
+    {"Acquisition",
+     {{"State", 25},
+      {"Resolution", 30},
+      {"Frame Rate", 30},
+      {"Exposure Time", 30},
+      {"Trigger Offset", 30},
+      {"Frame Sync Mode", 30},
+      {"Black Ref Mode", 30},
+      {"", 4},
+      {"Black Reference", 40},
+      {"", 4},
+      {"Record", 40}}},
+    {"Frame Buffer", {{"Take", 25}, {"", 4}, {"Partition", 30}}},
     {"Image Tools",
      {{"Transform", 24},
       {"", 8},
@@ -35,19 +51,51 @@ const std::array<Section, 4> sections = {{
       {"Exposure Assist", 30},
       {"", 8},
       {"Histogram", 64}}},
+    {"Image Adjustments",
+     {{"Channel", 30},
+      {"Offset", 44},
+      {"Gain", 44},
+      {"Gamma", 44},
+      {"Contrast", 44},
+      {"", 4},
+      {"Reset", 30}}},
     {"Color Adjustments",
      {{"White Balance", 25}, {"Red", 44}, {"Green", 44}, {"Blue", 44}, {"", 4}, {"Auto White Balance", 30}}},
-}};
-
-int sectionHeight(const Section &section, bool folded)
-{
-    if (folded)
-        return 2 + headerHeight + 2;
-    int rows = 0;
-    for (const Row &row : section.rows)
-        rows += row.height;
-    return 2 + headerHeight + 2 + edgeHeight + rows + edgeHeight + 2;
-}
+    {"SSD",
+     {{"State", 25},
+      {"Name", 25},
+      {"Storage Used", 25},
+      {"", 4},
+      {"Open SSD Take", 30},
+      {"Eject", 30},
+      {"Format", 30}}},
+    {"SSD Autosave",
+     {{"Mode", 30},
+      {"Save", 30},
+      {"Start Frame", 25},
+      {"Frame Count", 25},
+      {"After Save", 30},
+      {"File Name", 25},
+      {"File Name Seq", 25}}},
+    {"Lens & Shutter",
+     {{"Mount", 25},
+      {"Name", 25},
+      {"Focal Length", 25},
+      {"Focus Distance", 25},
+      {"Focus", 56},
+      {"F-stop", 30},
+      {"", 4},
+      {"Shutter", 30}}},
+    {"Trigger I/O", lineRows},
+    {"I/O 1", lineRows},
+    {"I/O 2", lineRows},
+    {"I/O 3", lineRows},
+    {"I/O 4", lineRows},
+    {"I/O 5", lineRows},
+    {"I/O 6", lineRows},
+    {"Video", {{"Format", 30}}},
+    {"Firmware", {{"Version", 25}, {"", 4}, {"Firmware Update", 30}}},
+};
 } // namespace
 
 WindowLayout::WindowLayout(const QImage &window) : m_size(window.size())
@@ -66,6 +114,23 @@ void WindowLayout::setFolded(const QString &section, bool folded)
         m_folded.remove(section);
 }
 
+void WindowLayout::setHidden(const QString &section, const QStringList &rows)
+{
+    for (const QString &row : rows)
+        m_hidden.insert(section + u'/' + row);
+}
+
+void WindowLayout::setShown(const QString &section, const QStringList &rows)
+{
+    for (const QString &row : rows)
+        m_hidden.remove(section + u'/' + row);
+}
+
+bool WindowLayout::isHidden(const char *section, const char *row) const
+{
+    return m_hidden.contains(QString::fromLatin1(section) + u'/' + QString::fromLatin1(row));
+}
+
 int WindowLayout::sectionTop(const QString &name) const
 {
     int y = panelTop();
@@ -73,7 +138,12 @@ int WindowLayout::sectionTop(const QString &name) const
         const QString here = QString::fromLatin1(section.name);
         if (here == name)
             return y;
-        y += sectionHeight(section, m_folded.contains(here)) + 2;
+        y += 2 + headerHeight + 2 + 2;
+        if (m_folded.contains(here))
+            continue;
+        y += edgeHeight + edgeHeight + 2;
+        for (const Row &row : section.rows)
+            y += isHidden(section.name, row.name) ? 0 : row.height;
     }
     qFatal("no section %s", qPrintable(name));
 }
@@ -83,14 +153,16 @@ QPoint WindowLayout::sectionHeader(const QString &section) const
     return {panelWidth / 2, sectionTop(section) + 2 + headerHeight / 2};
 }
 
-QRect WindowLayout::widget(const QString &wanted) const
+QRect WindowLayout::widget(const QString &wanted, const QString &wantedSection) const
 {
     for (const Section &section : sections) {
+        if (!wantedSection.isEmpty() && QString::fromLatin1(section.name) != wantedSection)
+            continue;
         int y = sectionTop(QString::fromLatin1(section.name)) + 2 + headerHeight + 2 + edgeHeight;
         for (const Row &row : section.rows) {
             if (QString::fromLatin1(row.name) == wanted)
                 return QRect(valueX, y, valueWidth, row.height).adjusted(5, 0, -5, 0);
-            y += row.height;
+            y += isHidden(section.name, row.name) ? 0 : row.height;
         }
     }
     qFatal("no row %s", qPrintable(wanted));
@@ -104,14 +176,20 @@ QPoint WindowLayout::transformButton(int index) const
 
 QPoint WindowLayout::editNameButton() const
 {
-    const QRect row = widget(u"Name"_s);
+    const QRect row = widget(u"Name"_s, u"Camera"_s);
     return {row.right() - 10, row.center().y()};
 }
 
-QPoint WindowLayout::choice(const QString &row, int index) const
+QPoint WindowLayout::choice(const QRect &widget, int index)
 {
     // The list opens over the box; 27 is the height of a menu item in this font.
-    return widget(row).center() + QPoint(0, 27 * index);
+    return widget.center() + QPoint(0, 27 * index);
+}
+
+QRect WindowLayout::label(const QString &row, const QString &section) const
+{
+    const QRect value = widget(row, section);
+    return {4, value.top(), valueX - 8, value.height()};
 }
 
 QPoint WindowLayout::fileMenu() const
@@ -122,7 +200,7 @@ QPoint WindowLayout::fileMenu() const
 QPoint WindowLayout::fileMenuItem(int index) const
 {
     // 20 for an item, 3 for a separator.
-    constexpr std::array offsets = {11, 34, 57};
+    constexpr std::array offsets = {11, 34, 54, 77};
     return {100, m_top + offsets.at(static_cast<size_t>(index))};
 }
 

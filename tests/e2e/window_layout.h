@@ -18,21 +18,28 @@ public:
     /// False when the picture shows no camera's panel.
     bool valid() const { return m_top > 0; }
 
-    /// Tells that a section of the panel is folded; "Color Adjustments" is so
-    /// from the start.
+    /// Tells that a section of the panel is folded; those of colours, lines and
+    /// firmware are so from the start.
     void setFolded(const QString &section, bool folded);
 
     QPoint sectionHeader(const QString &section) const;
-    /// The widget of a row of the panel: "Record", "Focus Peaking".
-    QRect widget(const QString &row) const;
+    /// Tells that rows of a section are not there, or there again; from the start
+    /// those of an autosave that is off are not.
+    void setHidden(const QString &section, const QStringList &rows);
+    void setShown(const QString &section, const QStringList &rows);
+
+    /// The widget of a row of the panel: "Record", "Focus Peaking". The section
+    /// is needed for labels that several of them have.
+    QRect widget(const QString &row, const QString &section = {}) const;
+    QRect label(const QString &row, const QString &section = {}) const;
     /// Left to right: flips, quarter turns.
     QPoint transformButton(int index) const;
     QPoint editNameButton() const;
     /// An entry of a combo box's open list.
-    QPoint choice(const QString &row, int index) const;
+    static QPoint choice(const QRect &widget, int index);
 
     QPoint fileMenu() const;
-    /// Connect Camera, Disconnect, Exit.
+    /// Connect Camera, Delete All Takes, Disconnect, Exit.
     QPoint fileMenuItem(int index) const;
 
     /// The first tab: its box, the icon in it, and the camera's name.
@@ -51,8 +58,21 @@ public:
 private:
     int panelTop() const { return m_top + 2; }
     int sectionTop(const QString &section) const;
+    bool isHidden(const char *section, const char *row) const;
 
     QSize m_size;
     int m_top = 0; ///< of all that is under the menu bar
-    QSet<QString> m_folded = {QStringLiteral("Color Adjustments")};
+    QSet<QString> m_folded = {QStringLiteral("Color Adjustments"),
+                              QStringLiteral("Trigger I/O"),
+                              QStringLiteral("I/O 1"),
+                              QStringLiteral("I/O 2"),
+                              QStringLiteral("I/O 3"),
+                              QStringLiteral("I/O 4"),
+                              QStringLiteral("I/O 5"),
+                              QStringLiteral("I/O 6"),
+                              QStringLiteral("Firmware")};
+    QSet<QString> m_hidden = {
+        QStringLiteral("SSD Autosave/Save"),        QStringLiteral("SSD Autosave/Start Frame"),
+        QStringLiteral("SSD Autosave/Frame Count"), QStringLiteral("SSD Autosave/After Save"),
+        QStringLiteral("SSD Autosave/File Name"),   QStringLiteral("SSD Autosave/File Name Seq")};
 };
