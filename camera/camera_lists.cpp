@@ -33,7 +33,6 @@ void Camera::wireLists()
     connect(frClksValue(), &CameraValue::valueSent, this, &Camera::updateFrRateList);
     connect(trigOffsetValue(), &CameraValue::valueSent, this, &Camera::updateTrigOffsetList);
     connect(lensFstopValue(), &CameraValue::valueSent, this, &Camera::updateFstopIndex);
-    connect(vidFormatValue(), &CameraValue::valueSent, this, &Camera::updateVidFormatIndex);
 }
 
 /** Puts entries into a list, tells its change, and tells the index whether it moved or not. */

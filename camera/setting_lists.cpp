@@ -23,12 +23,17 @@ static const QStringList &commonVideoFormats()
     return formats;
 }
 
-/** Entries by their number, so that candidates of equal value collapse into one. */
+/**
+ * Entries by their number, so that candidates of equal value collapse into one. The first one of them stays:
+ * it is the current setting, whose text is looked for afterwards.
+ */
 static QStringList ascending(const QStringList &candidates)
 {
     QMap<double, QString> entries;
-    for (const QString &text : candidates)
-        entries.insert(text.toDouble(), text);
+    for (const QString &text : candidates) {
+        if (const double number = text.toDouble(); !entries.contains(number))
+            entries.insert(number, text);
+    }
     return entries.values();
 }
 
@@ -98,9 +103,7 @@ SettingEntries frameRateEntries(const FrameTiming &timing)
         if (clks >= timing.clksMin && clks <= timing.clksMax)
             candidates << QString::number(timing.clkFreq / clks);
     };
-    if (timing.clkFreq == 0) {
-        addPeriod(timing.clksMin); // a clock that stands still divides by any period
-    } else if (timing.clkFreq % 1000 == 0) {
+    if (timing.clkFreq % 1000 == 0) {
         // A rate of k * 1000 is exact where k and the period are a pair of divisors of this.
         const uint product = timing.clkFreq / 1000;
         for (uint divisor = 1; divisor <= product / divisor; ++divisor) {

@@ -1,5 +1,7 @@
 #include "camera/camera.h"
 #include "camera/camera_io.h"
+#include "sim/camera.h"
+#include "tests/support/http_recorder.h"
 #include "tests/support/vesk_test_main.h"
 
 #include <QSignalSpy>
@@ -7,7 +9,7 @@
 
 using namespace Qt::StringLiterals;
 
-/** What may be set on an electrical line, against a table typed by hand. */
+/** An electrical line: what follows its values, what is written, and in which order it is told. */
 class TestCameraIO : public QObject
 {
     Q_OBJECT
@@ -32,7 +34,7 @@ private:
 private slots:
     void init()
     {
-        m_camera = std::make_unique<Camera>(QHostAddress("127.0.2.8"), nullptr);
+        m_camera = std::make_unique<Camera>(QHostAddress("127.0.2.13"), nullptr);
         m_camera->clkFreqValue()->updateValue(100000000);
         m_user = std::make_unique<CameraIO>(u"I/O 9"_s, u"io9"_s, m_camera.get(), CameraIO::User);
         m_trigger = std::make_unique<CameraIO>(u"Line"_s, u"line"_s, m_camera.get(), CameraIO::Trig);
@@ -71,66 +73,42 @@ private slots:
         QCOMPARE(m_user->filterValue()->type(), int(QMetaType::Int));
     }
 
-    void signalDecidesModesAndPolarities_data()
+    void changeIsToldFromTheSignalDownToTheClock()
     {
-        QTest::addColumn<bool>("trigger");
-        QTest::addColumn<QString>("token");
-        QTest::addColumn<int>("mode");
-        QTest::addColumn<QString>("modesAndPolarities");
-        QTest::addColumn<QString>("fields");
-        QTest::addColumn<uint>("clkFreq");
-
-        const QString all = u"Disabled,Input,Input w/ Pull-up,Output,OD Output,OD Bidirectional|"_s;
-        const QString outputs = u"Disabled,Output,OD Output|"_s;
-        const QString inOut = u"Disabled,Input,Output|"_s;
-        const QString noPlainOutput = u"Disabled,Input,Input w/ Pull-up,OD Output,OD Bidirectional|"_s;
-        const QString levels = u"Active High,Active Low"_s;
-        const QString edges = u"Rising Edge,Falling Edge"_s;
-        const QString allEdges = u"Rising Edge,Falling Edge,Falling (Trailing),Rising (Trailing)"_s;
-        const uint fixed = 125000000;
-        const uint camera = 100000000;
-        const auto rows = [](bool trigger, const char *token, const QString &modes, const QString &polarities,
-                             const QString &onInput, const QStringList &fields, uint clkFreq) {
-            constexpr std::array modeKeys{0, 1, 2, 4, 8, 16};
-            for (qsizetype i = 0; i < fields.size(); ++i) {
-                const int mode = modeKeys[std::size_t(i)];
-                QTest::addRow("%s \"%s\" mode %d", trigger ? "trigger line" : "line", token, mode)
-                    << trigger << QString::fromLatin1(token) << mode
-                    << modes + (mode == 1 ? onInput : polarities) << fields[i] << clkFreq;
-            }
-        };
-        // Fields of the modes 0, 1, 2, 4, 8 and 16: filter, delay, min, max.
-        const QStringList none(6, u"----"_s);
-        const QStringList full{u"----"_s, u"FDmM"_s, u"FDmM"_s, u"-DmM"_s, u"-DmM"_s, u"F-mM"_s};
-        const QStringList unfiltered{u"----"_s, u"-DmM"_s, u"-DmM"_s, u"-DmM"_s, u"-DmM"_s, u"--mM"_s};
-        rows(false, "", u"Disabled|"_s, {}, {}, none, camera);
-        rows(false, "trig", all, edges, allEdges, full, fixed);
-        rows(false, "ready", outputs, levels, levels, unfiltered, fixed);
-        rows(false, "rec", outputs, levels, levels, unfiltered, fixed);
-        rows(false, "irig", inOut, {}, {}, none, fixed);
-        rows(false, "event1", all, levels, levels, full, fixed);
-        rows(false, "event2", all, levels, levels, full, fixed);
-        rows(false, "fsync", inOut, edges, allEdges, full, camera);
-        rows(false, "shtr", u"Disabled,Output|"_s, levels, levels, unfiltered, camera);
-        rows(true, "", u"Disabled|"_s, {}, {}, none, fixed);
-        rows(true, "trig", noPlainOutput, edges, allEdges, full, fixed);
+        m_user->update();
+        m_user->signalValue()->updateValue(u"ready"_s);
+        QStringList told;
+        const auto note = [&told](const QString &name) { return [&told, name] { told << name; }; };
+        connect(m_user.get(), &CameraIO::signalIndexChanged, this, note(u"signal"_s));
+        connect(m_user.get(), &CameraIO::modeIndexChanged, this, note(u"mode"_s));
+        connect(m_user.get(), &CameraIO::polarityIndexChanged, this, note(u"polarity"_s));
+        connect(m_user.get(), &CameraIO::manipEnsChanged, this, note(u"fields"_s));
+        connect(m_user.get(), &CameraIO::clkFreqChanged, this, note(u"clock"_s));
+        const QStringList modeChain{u"mode"_s, u"fields"_s, u"polarity"_s};
+        m_user->polarityValue()->updateValue(1);
+        QCOMPARE(std::exchange(told, {}), QStringList(u"polarity"_s));
+        m_user->modeValue()->updateValue(4);
+        QCOMPARE(std::exchange(told, {}), modeChain);
+        m_user->signalValue()->updateValue(u"shtr"_s);
+        QCOMPARE(std::exchange(told, {}),
+                 QStringList(u"signal"_s) + modeChain + QStringList({u"polarity"_s, u"clock"_s}));
+        m_user->signalValue()->updateValue(u"fsync"_s); // the same clock
+        QCOMPARE(std::exchange(told, {}), QStringList(u"signal"_s) + modeChain + QStringList(u"polarity"_s));
+        m_user->update();
+        QCOMPARE(told, QStringList(u"signal"_s) + modeChain + QStringList(u"polarity"_s) + modeChain +
+                           QStringList(u"polarity"_s));
     }
 
-    void signalDecidesModesAndPolarities()
+    void indexStandsWhenTheListIsTold()
     {
-        QFETCH(bool, trigger);
-        QFETCH(QString, token);
-        QFETCH(int, mode);
-        QFETCH(QString, modesAndPolarities);
-        QFETCH(QString, fields);
-        QFETCH(uint, clkFreq);
-        CameraIO &line = trigger ? *m_trigger : *m_user;
-        line.update();
-        line.signalValue()->updateValue(token);
-        line.modeValue()->updateValue(mode);
-        QCOMPARE(lists(line), modesAndPolarities);
-        QCOMPARE(enables(line), fields);
-        QCOMPARE(line.clkFreq(), clkFreq);
+        // Whoever binds to the index finds the list that it points into.
+        m_user->update();
+        m_user->modeValue()->updateValue(8);
+        QStringList mode;
+        connect(m_user.get(), &CameraIO::modeIndexChanged, this,
+                [&] { mode << m_user->modeList()->stringList().value(m_user->modeIndex()); });
+        m_user->setSignalByIndex(5);
+        QCOMPARE(mode, QStringList(u"OD Output"_s));
     }
 
     void indexesAreThoseOfTheValues()
@@ -226,6 +204,66 @@ private slots:
         QCOMPARE(m_user->modeValue()->variant(), QVariant(1));
         m_user->setPolarityByIndex(-1);
         QCOMPARE(m_user->polarityValue()->variant(), QVariant(0));
+    }
+
+    void choicesByIndexAreSentAsTokenAndKey()
+    {
+        HttpRecorder server(u"127.0.2.13"_s);
+        QVERIFY(server.isListening());
+        auto *line = qobject_cast<CameraIO *>(m_camera->ios()->get(3));
+        line->update();
+        const auto sent = [&server](const QByteArray &path) {
+            QByteArrayList bodies;
+            for (const HttpRecorder::Request &request : server.requests("PUT", path))
+                bodies << request.body;
+            return bodies;
+        };
+        line->setSignalByIndex(8);
+        line->setModeByIndex(1);
+        line->setPolarityByIndex(3);
+        QTRY_COMPARE(sent("/io/io3/polarity"), QByteArrayList{"3"});
+        QCOMPARE(sent("/io/io3/signal"), QByteArrayList{"\"trig\""});
+        QCOMPARE(sent("/io/io3/mode"), QByteArrayList{"1"});
+        line->setModeByIndex(5);
+        QTRY_COMPARE(sent("/io/io3/mode"), (QByteArrayList{"1", "16"}));
+        line->setSignalByIndex(0);
+        line->setPolarityByIndex(0); // a signal without polarities
+        QTRY_COMPARE(sent("/io/io3/polarity"), (QByteArrayList{"3", "0"}));
+        QTRY_COMPARE(sent("/io/io3/signal"), (QByteArrayList{"\"trig\"", "\"\""}));
+        line->setSignalByIndex(0); // as it is
+        line->delayValue()->setValue(268435455, false);
+        QTRY_COMPARE(sent("/io/io3/delay"), QByteArrayList{"268435455"});
+        QCOMPARE(server.requests().size(), 7);
+    }
+
+    void cameraHoldsWhatWasChosenAndCorrectsIt()
+    {
+        q4sim::Config config;
+        config.address = QHostAddress("127.0.2.14");
+        config.discovery = false;
+        q4sim::Camera sim(config);
+        QCOMPARE(sim.listen(), QString());
+        Camera camera(config.address, nullptr);
+        QSignalSpy connected(&camera, &Camera::cameraConnected);
+        camera.connectCamera();
+        QTRY_COMPARE(connected.count(), 1);
+        auto *line = qobject_cast<CameraIO *>(camera.ios()->get(1));
+        line->setSignalByIndex(3); // "Frame Sync"
+        line->setModeByIndex(2);   // "Output"
+        line->setPolarityByIndex(1);
+        QTRY_COMPARE(sim.value("io/io1/signal").toString(), u"fsync"_s);
+        QTRY_COMPARE(sim.value("io/io1/mode").toInt(), 4);
+        QTRY_COMPARE(sim.value("io/io1/polarity").toInt(), 1);
+        QCOMPARE(line->clkFreq(), 100000000u);
+        // What the camera does not take comes back after the polls, and the index with it.
+        line->modeValue()->setValue(3, false);
+        QCOMPARE(line->modeIndex(), -1);
+        QTRY_COMPARE(line->modeIndex(), 2);
+        QCOMPARE(line->modeValue()->variant(), QVariant(4));
+        sim.forceValue("io/io1/signal", u"irig"_s);
+        QTRY_COMPARE(line->signalIndex(), 4);
+        QCOMPARE(lists(*line), u"Disabled,Input,Output|"_s);
+        QCOMPARE(line->clkFreq(), 125000000u);
     }
 
     void cameraHasSevenLines()

@@ -111,48 +111,6 @@ private slots:
         QCOMPARE(m_camera->trigOffsetList()->stringList(), QStringList({u"0"_s, u"2"_s, u"500"_s, u"999"_s}));
     }
 
-    void eachValueMakesItsOwnListAnew_data()
-    {
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<QVariant>("value");
-        QTest::addColumn<QString>("told");
-        QTest::newRow("exposure") << u"exp_clks"_s << QVariant(1234) << u"exp"_s;
-        QTest::newRow("shortest exposure") << u"exp_clks_min"_s << QVariant(20) << u"exp"_s;
-        QTest::newRow("longest exposure") << u"exp_clks_max"_s << QVariant(300000) << u"exp"_s;
-        QTest::newRow("exposure grid") << u"exp_clks_mult"_s << QVariant(10) << QString();
-        QTest::newRow("exposure offset") << u"exp_clks_ofst"_s << QVariant(3) << QString();
-        QTest::newRow("frame rate") << u"fr_rate"_s << QVariant(1000.0) << u"rate"_s;
-        QTest::newRow("frame period") << u"fr_clks"_s << QVariant(40000) << u"rate"_s;
-        QTest::newRow("longest period") << u"fr_clks_max"_s << QVariant(200000) << u"rate"_s;
-        QTest::newRow("shortest period") << u"fr_clks_min"_s << QVariant(500) << QString();
-        QTest::newRow("sync mode") << u"fsync_mode"_s << QVariant(1) << u"rate"_s;
-        QTest::newRow("clock") << u"clk_freq"_s << QVariant(50000000) << QString();
-        QTest::newRow("trigger offset") << u"trig_offset"_s << QVariant(7) << u"trig"_s;
-        QTest::newRow("resolution") << u"res"_s << QVariant(u"1280x1024"_s) << u"res"_s;
-    }
-
-    void eachValueMakesItsOwnListAnew()
-    {
-        QFETCH(QString, path);
-        QFETCH(QVariant, value);
-        QFETCH(QString, told);
-        connectIt();
-        QStringList seen;
-        const auto note = [&seen](const QString &name) { return [&seen, name] { seen << name; }; };
-        connect(m_camera.get(), &Camera::expListIndexChanged, this, note(u"exp"_s));
-        connect(m_camera.get(), &Camera::frRateListIndexChanged, this, note(u"rate"_s));
-        connect(m_camera.get(), &Camera::trigOffsetListIndexChanged, this, note(u"trig"_s));
-        connect(m_camera.get(), &Camera::resIndexChanged, this, note(u"res"_s));
-        connect(m_camera.get(), &Camera::fstopIndexChanged, this, note(u"fstop"_s));
-        connect(m_camera.get(), &Camera::vidFormatIndexChanged, this, note(u"video"_s));
-        QJsonObject acq = acquisition();
-        acq[path] = QJsonValue::fromVariant(value);
-        answerWith(document(acq));
-        const auto polls = m_server->requests("GET", "/").size();
-        QTRY_VERIFY(m_server->requests("GET", "/").size() > polls + 2);
-        QCOMPARE(seen, told.isEmpty() ? QStringList() : QStringList(told));
-    }
-
     void sameEntriesLeaveTheModelAlone()
     {
         connectIt();
@@ -210,6 +168,47 @@ private slots:
         QCOMPARE(m_camera->fstopIndex(), -1);
         m_camera->lensFstopValue()->setValue(5.6, false);
         QCOMPARE(current(m_camera->fstopList(), m_camera->fstopIndex()), u"5.6"_s);
+    }
+
+    void fstopsFollowTheSmallestOpeningOnly()
+    {
+        // No connection is needed; the widest opening of the lens shows at the next change of the other.
+        m_camera->lensFstopMaxValue()->updateValue(2.8);
+        QCOMPARE(m_camera->fstopList()->rowCount(), 0);
+        QSignalSpy listChanged(m_camera.get(), &Camera::fstopListChanged);
+        m_camera->lensFstopMinValue()->updateValue(4.0);
+        QCOMPARE(m_camera->fstopList()->stringList(), QStringList({u"2.8"_s, u"3.2"_s, u"3.5"_s, u"4"_s}));
+        QCOMPARE(listChanged.count(), 1);
+        m_camera->lensFstopMaxValue()->updateValue(3.5);
+        QCOMPARE(listChanged.count(), 1);
+        m_camera->lensFstopMinValue()->updateValue(4.5);
+        QCOMPARE(m_camera->fstopList()->stringList(), QStringList({u"3.5"_s, u"4"_s, u"4.5"_s}));
+    }
+
+    void indexOfAMenuIsToldOnlyWhenItMoves()
+    {
+        connectIt();
+        QSignalSpy res(m_camera.get(), &Camera::resIndexChanged);
+        QSignalSpy fstop(m_camera.get(), &Camera::fstopIndexChanged);
+        m_camera->resValue()->updateValue(u"1280x1024"_s);
+        QCOMPARE(res.count(), 1);
+        QCOMPARE(m_camera->resIndex(), 0);
+        m_camera->resValue()->updateValue(u"1x1"_s);
+        m_camera->resValue()->updateValue(u"2x2"_s);
+        QCOMPARE(res.count(), 2);
+        QCOMPARE(m_camera->resIndex(), -1);
+        m_camera->lensFstopValue()->updateValue(3.3);
+        m_camera->lensFstopValue()->updateValue(3.4);
+        QCOMPARE(fstop.count(), 1);
+    }
+
+    void currentExposureIsFoundAmongTheOthers()
+    {
+        connectIt();
+        const QStringList texts = m_camera->expList()->stringList();
+        QCOMPARE(texts.size(), 110);
+        QCOMPARE(texts.count(u"10.000"_s), 1);
+        QCOMPARE(m_camera->expListIndex(), 10); // after the longest and 100 to 20
     }
 
     void savedTakesAreCounted()
