@@ -25,6 +25,18 @@ Item {
         field.text = Qt.binding(() => root.value.toFixed(root.decimals));
     }
 
+    function leave() {
+        root.showValue();
+        field.focus = false;
+    }
+
+    /** A text that is acceptable goes on to the field, which finishes the edit. */
+    function refuse(event) {
+        event.accepted = !field.acceptableInput;
+        if (event.accepted)
+            root.leave();
+    }
+
     function finish() {
         const typed = field.text;
         const edited = typed !== root.value.toFixed(root.decimals);
@@ -54,9 +66,8 @@ Item {
                 root.showValue();
         }
         onEditingFinished: root.finish()
-        Keys.onEscapePressed: {
-            root.showValue();
-            focus = false;
-        }
+        Keys.onReturnPressed: event => root.refuse(event)
+        Keys.onEnterPressed: event => root.refuse(event)
+        Keys.onEscapePressed: root.leave()
     }
 }

@@ -41,6 +41,7 @@ ControlRow {
             from: -1
             to: 1
             stepSize: 0.01
+            snapMode: Slider.SnapAlways
             value: root.number
             focusPolicy: Qt.TabFocus
             Accessible.name: root.label

@@ -13,9 +13,9 @@ Column {
     readonly property int fsyncMode: camera.fsyncMode.value ?? 0
     readonly property int corrMode: camera.corrMode.value ?? 0
 
-    /** A count of clocks that a value of the camera can hold. */
-    function clocks(count) {
-        return Math.min(count, 2147483647);
+    /** The nearest number that a value of the camera can hold. */
+    function limited(number) {
+        return Math.max(-2147483648, Math.min(number, 2147483647));
     }
 
     width: parent?.width ?? 0
@@ -34,11 +34,11 @@ Column {
         units: "fps"
         list: root.camera.frRateList
         listIndex: root.camera.frRateListIndex
-        enabled: root.fsyncMode !== Camera.FsyncModeExt
+        choosable: root.fsyncMode !== Camera.FsyncModeExt
         validator: PositiveValidator {}
         onEntered: text => {
             const rate = Math.min(Number(text), root.clkFreq);
-            root.camera.frClks.value = root.clocks(root.clkFreq / rate);
+            root.camera.frClks.value = root.limited(root.clkFreq / rate);
         }
     }
     UnitsComboRow {
@@ -47,16 +47,16 @@ Column {
         list: root.camera.expList
         listIndex: root.camera.expListIndex
         validator: PositiveValidator {}
-        onEntered: text => root.camera.expClks.value = root.clocks(root.clkFreq * Number(text) / 1000000)
+        onEntered: text => root.camera.expClks.value = root.limited(root.clkFreq * Number(text) / 1000000)
     }
     UnitsComboRow {
         label: qsTr("Trigger Offset")
         units: "frames"
         list: root.camera.trigOffsetList
         listIndex: root.camera.trigOffsetListIndex
-        enabled: root.stbyOrRec
-        validator: IntValidator {}
-        onEntered: text => root.camera.trigOffset.value = text
+        choosable: root.stbyOrRec
+        validator: WholeNumberValidator {}
+        onEntered: text => root.camera.trigOffset.value = root.limited(Number(text))
     }
     ComboRow {
         label: qsTr("Frame Sync Mode")

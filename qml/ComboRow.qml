@@ -35,6 +35,9 @@ ControlRow {
             box.currentIndex = Qt.binding(() => root.currentIndex);
         }
 
+        // An emptied list drops the place in it, and the place may be the same in the next one.
+        onCountChanged: box.currentIndex = Qt.binding(() => root.currentIndex)
+
         Binding {
             target: box.popup
             property: "height"

@@ -2,6 +2,7 @@ pragma ComponentBehavior: Bound
 
 import QtQuick
 import QtQuick.Controls
+import Vesk
 
 /** A choice in the value column; gives up focus when it is made. */
 ComboBox {
@@ -26,7 +27,7 @@ ComboBox {
         leftPadding: 4 - root.padding
         text: root.displayText
         font: root.font
-        color: root.palette.buttonText
+        color: root.enabled ? root.palette.buttonText : Theme.disabledTextColor
         verticalAlignment: Text.AlignVCenter
         elide: Text.ElideRight
         Accessible.ignored: true

@@ -23,7 +23,7 @@ Item {
         height: parent.height
         leftPadding: root.subRow ? Theme.subLabelPadding : Theme.labelPadding
         text: root.label
-        color: root.enabled ? root.labelColor : Theme.disabledTextColor
+        color: root.labelColor
         elide: Text.ElideRight
         verticalAlignment: Text.AlignVCenter
         Accessible.ignored: true

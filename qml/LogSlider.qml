@@ -28,6 +28,7 @@ Slider {
     from: 0
     to: 1
     stepSize: 0.01
+    snapMode: Slider.SnapAlways
     value: positionOf(number)
     focusPolicy: Qt.TabFocus
     Accessible.name: root.name

@@ -40,5 +40,9 @@ ControlRow {
         }
         Accessible.name: root.label
         onEditingFinished: root.finish()
+        Keys.onEscapePressed: {
+            field.text = Qt.binding(root.shownText);
+            field.focus = false;
+        }
     }
 }

@@ -11,9 +11,10 @@ ControlGrid {
     required property Camera camera
     readonly property int ssdState: camera.ssdState.value ?? 0
     readonly property bool ssdReady: ssdState === Camera.SsdReady
-    readonly property bool saving: (camera.ssdWrState.value ?? 0) === Camera.SsdWrSave
+    readonly property int writeState: camera.ssdWrState.value ?? 0
     /** The drive may be taken away or emptied. */
-    readonly property bool free: !saving && (ssdReady || ssdState === Camera.SsdUnformatted)
+    readonly property bool free: writeState === Camera.SsdWrIdle
+        && (ssdReady || ssdState === Camera.SsdUnformatted)
 
     readonly property bool formattable: (camera.featureSsdFormat.value ?? 0) > 0
 
@@ -25,7 +26,8 @@ ControlGrid {
         case Camera.SsdEnable:
             return qsTr("Mounting");
         case Camera.SsdReady:
-            return root.saving ? qsTr("Saving...") + (root.camera.ssdProgress.value ?? 0) + "%" : qsTr("Ready");
+            return root.writeState === Camera.SsdWrSave
+                ? qsTr("Saving...") + (root.camera.ssdProgress.value ?? 0) + "%" : qsTr("Ready");
         case Camera.SsdShutdown:
         case Camera.SsdPowerDown:
             return qsTr("Ejecting");

@@ -3,13 +3,18 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import QtQuick.Controls
 import QtQuick.Templates as T
+import Vesk
 
-/** Combo box that shows a prefix and a unit around its value, in the field and in the list. */
+/**
+ * Combo box that shows a prefix and a unit around its value, in the field and in the list. What is typed stays
+ * as it was typed: the field is not the base's own, which would complete "2" to an entry "2066".
+ */
 ComboBox {
     id: root
 
     property string prefix: ""
     required property string units
+    readonly property T.TextField input: (contentItem as UnitsComboField)?.field ?? null
 
     /** A row of the list as it is shown. */
     function decorated(value) {
@@ -27,56 +32,10 @@ ComboBox {
         Accessible.name: text
     }
 
-    contentItem: T.TextField {
-        id: field
-
-        topPadding: 4
-        bottomPadding: 4
-        leftPadding: 4 - root.padding + prefixLabel.width
-        rightPadding: 4 - root.padding + unitsLabel.width
-        text: root.editable ? root.editText : root.displayText
-        enabled: root.editable
-        autoScroll: root.editable
-        readOnly: root.down
-        inputMethodHints: root.inputMethodHints
-        validator: root.validator
-        selectByMouse: root.selectTextByMouse
-        color: root.editable ? root.palette.text : root.palette.buttonText
-        selectionColor: root.palette.highlight
-        selectedTextColor: root.palette.highlightedText
-        verticalAlignment: Text.AlignVCenter
-        Accessible.name: root.Accessible.name
-        onActiveFocusChanged: {
-            if (!activeFocus && root.editable)
-                field.accepted();
-        }
-
-        background: Rectangle {
-            radius: 2
-            color: root.palette.base
-            border.color: field.activeFocus ? root.palette.highlight : "transparent"
-            visible: root.editable && !root.flat
-        }
-
-        Label {
-            id: prefixLabel
-
-            x: 4 - root.padding
-            height: field.height
-            text: root.prefix
-            color: field.color
-            verticalAlignment: Text.AlignVCenter
-            Accessible.ignored: true
-        }
-        Label {
-            id: unitsLabel
-
-            x: field.width - width
-            height: field.height
-            text: root.units
-            color: field.color
-            verticalAlignment: Text.AlignVCenter
-            Accessible.ignored: true
-        }
+    contentItem: UnitsComboField {
+        box: root
+        prefix: root.prefix
+        units: root.units
+        name: root.Accessible.name
     }
 }

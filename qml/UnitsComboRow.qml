@@ -16,6 +16,7 @@ ControlRow {
     property string unlisted: ""
     property string units: ""
     property string prefix: ""
+    property bool choosable: true
     property alias validator: box.validator
     /** What the field showed before the user's edit; leaving it as it is enters nothing. */
     property string shown: ""
@@ -25,11 +26,11 @@ ControlRow {
 
     function showCurrent() {
         box.currentIndex = Qt.binding(() => root.listIndex);
-        box.editText = root.listIndex >= 0 ? box.textAt(root.listIndex) : root.unlisted;
+        box.input.text = root.listIndex >= 0 ? box.textAt(root.listIndex) : root.unlisted;
     }
 
     function enter(text) {
-        if (box.acceptableInput && text !== root.shown) {
+        if (text !== root.shown) {
             root.shown = text;
             root.entered(text);
         }
@@ -39,7 +40,7 @@ ControlRow {
     /** After the value has been written, or not. */
     function settle() {
         root.showCurrent();
-        root.shown = box.editText;
+        root.shown = box.input.text;
     }
 
     rowHeight: Theme.buttonHeight
@@ -51,6 +52,7 @@ ControlRow {
         width: root.widgetWidth
         height: parent.height
         editable: true
+        enabled: root.choosable
         model: root.list
         textRole: "display"
         units: root.units
@@ -62,7 +64,10 @@ ControlRow {
             box.focus = false;
         }
         onAccepted: {
-            root.enter(box.editText);
+            if (box.input.acceptableInput)
+                root.enter(box.input.text);
+            else
+                root.settle();
             box.focus = false;
         }
         Component.onCompleted: root.settle()
@@ -71,6 +76,14 @@ ControlRow {
             box.focus = false;
         }
 
+        // Closed without a choice.
+        Connections {
+            target: box.popup
+
+            function onClosed() {
+                box.focus = false;
+            }
+        }
         // A list that is made anew, or another place in it, while nobody types.
         Connections {
             target: root.list

@@ -3,13 +3,24 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import QtQuick.Controls
 
-/** Editable spin box with centred text, all of it selected on focus. */
+/** Editable spin box with centred text, all of it selected on focus. Gives up focus after use. */
 SpinBox {
     id: root
 
     readonly property TextInput input: contentItem as TextInput
 
+    function leave() {
+        root.focus = false;
+    }
+
     editable: true
+    Keys.onEscapePressed: {
+        // The text of the value again; what was typed is dropped.
+        root.input.text = root.displayText;
+        root.leave();
+    }
+    Keys.onReturnPressed: root.leave()
+    Keys.onEnterPressed: root.leave()
 
     Binding {
         target: root.input
@@ -22,6 +33,22 @@ SpinBox {
         function onActiveFocusChanged() {
             if (root.input.activeFocus)
                 root.input.selectAll();
+        }
+    }
+    Connections {
+        target: root.up
+
+        function onPressedChanged() {
+            if (!root.up.pressed)
+                root.leave();
+        }
+    }
+    Connections {
+        target: root.down
+
+        function onPressedChanged() {
+            if (!root.down.pressed)
+                root.leave();
         }
     }
 }

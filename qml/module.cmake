@@ -13,8 +13,8 @@ set(vesk_views
   ImgFrameView ImgToolsControl IOSpinBox IOTimingRow LensShutterControl LogSlider MainWindow NumberRow
   PartitionDialog PixelReadout PositiveValidator RadioMenuItem RefusalDialog SsdAutosaveControl
   SsdAutosaveNameEditDialog SsdControl SsdFormatDialog TakesDeleteAllDialog TakesDeleteAllMenuItem
-  TransformButton UnitsComboBox UnitsComboRow UnitsTextField VeskButton VeskMenuBar VeskSpinBox VeskTabBar
-  VideoControl ZoomMenuItem)
+  TransformButton UnitsComboBox UnitsComboField UnitsComboRow UnitsTextField VeskButton VeskMenuBar
+  VeskSpinBox VeskTabBar VideoControl WholeNumberValidator ZoomMenuItem)
 
 set(vesk_qml_files)
 foreach(view IN LISTS vesk_singletons vesk_views)

@@ -4,6 +4,7 @@
 #include "camera/camera.h"
 #include "sim/camera.h"
 
+#include <QElapsedTimer>
 #include <QQmlApplicationEngine>
 #include <QQmlContext>
 #include <QQuickItem>
@@ -71,6 +72,34 @@ QStringList ViewFixture::warnings() const
     return collectedWarnings;
 }
 
+QStringList ViewFixture::end()
+{
+    close();
+    VeskApp::instance()->settings()->remove(u"cameras"_s);
+    VeskApp::instance()->settings()->remove(u"color_adj_pane_expanded"_s);
+    return warnings();
+}
+
+QByteArrayList ViewFixture::bodies(const q4sim::Camera &camera, const QByteArray &method, const QString &path)
+{
+    QByteArrayList found;
+    const QList<q4sim::Request> requests = camera.requests(method, path);
+    for (const q4sim::Request &request : requests)
+        found.append(request.body);
+    return found;
+}
+
+QStringList ViewFixture::writtenPaths(const q4sim::Camera &camera)
+{
+    QStringList found;
+    const QList<q4sim::Request> requests = camera.requests();
+    for (const q4sim::Request &request : requests) {
+        if (request.method == "PUT" && request.path != "/meta/time"_L1)
+            found.append(request.path);
+    }
+    return found;
+}
+
 q4sim::Camera *ViewFixture::simulate(const q4sim::Config &config)
 {
     auto camera = std::make_unique<q4sim::Camera>(config);
@@ -106,6 +135,27 @@ q4sim::Camera *ViewFixture::startWithCamera(q4sim::Config config)
 q4sim::Camera *ViewFixture::startWithCamera()
 {
     return startWithCamera({});
+}
+
+q4sim::Camera *ViewFixture::startUnfolded(const q4sim::Config &config)
+{
+    const QStringList keys = {u"fw"_s,  u"trigger"_s, u"io1"_s, u"io2"_s,
+                              u"io3"_s, u"io4"_s,     u"io5"_s, u"io6"_s};
+    for (const QString &key : keys)
+        VeskApp::instance()->setSetting(u"cameras/%1/%2_pane_expanded"_s.arg(config.serial, key), true);
+    VeskApp::instance()->setSetting(u"color_adj_pane_expanded"_s, true);
+    return startWithCamera(config);
+}
+
+q4sim::Camera *ViewFixture::startUnfolded()
+{
+    return startUnfolded({});
+}
+
+bool ViewFixture::waitForPolls(int count) const
+{
+    QSignalSpy polled(m_camera, &Camera::valuesPolled);
+    return QTest::qWaitFor([&] { return polled.size() >= count; });
 }
 
 QQuickWindow *ViewFixture::window() const
@@ -191,12 +241,25 @@ QString ViewFixture::choice(const QString &section, const QString &label) const
     return propertyOf(inSection(section, label, QAccessible::ComboBox), "displayText");
 }
 
+bool ViewFixture::openList(const QString &section, const QString &label) const
+{
+    QAccessibleInterface *box = inSection(section, label, QAccessible::ComboBox);
+    if (!box)
+        return false;
+    settle(window());
+    reveal(box);
+    settle(window());
+    // At the arrow: elsewhere a box may have a field.
+    const QPoint arrow(centre(window(), box).x() + box->rect().width() / 2 - 8, centre(window(), box).y());
+    QTest::mouseClick(window(), Qt::LeftButton, {}, arrow);
+    return true;
+}
+
 bool ViewFixture::choose(const QString &section, const QString &label, const QString &entry) const
 {
-    if (!clickIn(section, label))
-        return false;
     QAccessibleInterface *row = nullptr;
-    return QTest::qWaitFor([&] { return (row = element(entry, QAccessible::MenuItem)) != nullptr; }) &&
+    return openList(section, label) &&
+           QTest::qWaitFor([&] { return (row = element(entry, QAccessible::MenuItem)) != nullptr; }) &&
            click(window(), row);
 }
 
@@ -238,6 +301,34 @@ bool ViewFixture::type(const QString &section, const QString &label, const QStri
     for (const QChar character : text)
         QTest::sendKeyEvent(QTest::Click, window(), Qt::Key_unknown, character, Qt::NoModifier);
     QTest::keyClick(window(), end);
+    return true;
+}
+
+bool ViewFixture::drag(const QString &section, const QString &label, double from, double to,
+                       int milliseconds) const
+{
+    QAccessibleInterface *slider = inSection(section, label, QAccessible::Slider);
+    if (!slider)
+        return false;
+    settle(window());
+    reveal(slider);
+    settle(window());
+    const QRect place(window()->mapFromGlobal(slider->rect().topLeft()), slider->rect().size());
+    const auto pointAt = [&](double position) {
+        // The handle is as wide as the slider is high, or nearly so.
+        const double groove = place.width() - place.height();
+        return QPoint(qRound(place.left() + place.height() / 2.0 + groove * position), place.center().y());
+    };
+    QTest::mousePress(window(), Qt::LeftButton, {}, pointAt(from));
+    QElapsedTimer time;
+    time.start();
+    while (time.elapsed() < milliseconds) {
+        const double part = double(time.elapsed()) / milliseconds;
+        QTest::mouseMove(window(), pointAt(from + (to - from) * part));
+        QTest::qWait(10);
+    }
+    QTest::mouseMove(window(), pointAt(to));
+    QTest::mouseRelease(window(), Qt::LeftButton, {}, pointAt(to));
     return true;
 }
 

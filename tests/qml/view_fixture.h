@@ -34,17 +34,28 @@ public:
     /** Ends the window, and what was simulated. */
     void close();
     QStringList warnings() const;
+    /** Closes, forgets what was kept with cameras, and gives the warnings: what a test ends with. */
+    QStringList end();
 
     /** A simulated camera that listens at the configured address, null with a warning if it cannot. */
     q4sim::Camera *simulate(const q4sim::Config &config);
+    /** Bodies of the requests that a simulated camera received, oldest first. */
+    static QByteArrayList bodies(const q4sim::Camera &camera, const QByteArray &method, const QString &path);
+    /** Paths that were written to it, but for its time, which every connection writes. */
+    static QStringList writtenPaths(const q4sim::Camera &camera);
     /** Connects the program to the address and waits until it is connected. */
     Camera *connectTo(const QString &address);
 
     /** Opens the window with one simulated camera that is connected and selected; null if that fails. */
     q4sim::Camera *startWithCamera(q4sim::Config config);
     q4sim::Camera *startWithCamera();
+    /** startWithCamera, with every section of the control bar unfolded. */
+    q4sim::Camera *startUnfolded(const q4sim::Config &config);
+    q4sim::Camera *startUnfolded();
     /** The camera of startWithCamera. */
     Camera *camera() const { return m_camera; }
+    /** Lets the program read the camera a number of times. */
+    bool waitForPolls(int count) const;
 
     QQuickWindow *window() const;
     /** The open window with a title, null if there is none. */
@@ -65,6 +76,8 @@ public:
     QString rowText(const QString &section, const QString &label) const;
     /** What a box without a field shows. */
     QString choice(const QString &section, const QString &label) const;
+    /** Clicks the arrow of a box. */
+    bool openList(const QString &section, const QString &label) const;
     /** Opens the box and clicks an entry. */
     bool choose(const QString &section, const QString &label, const QString &entry) const;
     /** The text input of a field, or of a box that has one. */
@@ -73,6 +86,9 @@ public:
     /** Clicks into the field, replaces its text key by key and ends with a key. */
     bool type(const QString &section, const QString &label, const QString &text,
               Qt::Key end = Qt::Key_Return) const;
+
+    /** Drags a slider from one place to another, 0 to 1 of its groove, with pointer moves 10 ms apart. */
+    bool drag(const QString &section, const QString &label, double from, double to, int milliseconds) const;
 
     /** Waits until everything stands where it belongs. */
     static void settle(QWindow *window);

@@ -61,19 +61,19 @@ Item {
         }
 
         function labels() {
-            return box.contentItem.children.filter(child => child instanceof Label).map(label => label.text);
+            return box.input.children.filter(child => child instanceof Label).map(label => label.text);
         }
 
         function type(text) {
-            box.contentItem.forceActiveFocus();
-            box.contentItem.selectAll();
+            box.input.forceActiveFocus();
+            box.input.selectAll();
             for (const key of text)
                 keyClick(key);
         }
 
         function test_fieldShowsPrefixAndUnitAroundTheValue() {
             box.prefix = " f/";
-            compare(box.contentItem.text, "2000");
+            compare(box.input.text, "2000");
             compare(labels(), [" f/", "fps"]);
         }
 
@@ -99,7 +99,7 @@ Item {
             compare(spy.count, 0);
             keyClick(Qt.Key_Return);
             compare(spy.count, 1);
-            compare(box.editText, "750");
+            compare(box.input.text, "750");
         }
 
         function test_typedTextIsAcceptedWhenTheFocusLeaves() {
@@ -107,18 +107,30 @@ Item {
             compare(spy.count, 0);
             elsewhere.forceActiveFocus();
             compare(spy.count, 1);
-            compare(box.editText, "1250");
+            compare(box.input.text, "1250");
         }
 
-        function test_typedTextOfARowPicksTheRow() {
-            type("500");
+        function test_typedStartOfARowIsNotCompleted() {
+            type("20");
+            compare(box.input.text, "20");
+        }
+
+        function test_textThatIsNotAcceptableIsHandedOverOnReturn() {
+            type("");
+            keyClick(Qt.Key_Delete);
             keyClick(Qt.Key_Return);
-            compare(box.currentIndex, 2);
+            compare(spy.count, 1);
+            verify(!box.input.acceptableInput);
+        }
+
+        function test_rowThatIsPickedShows() {
+            box.currentIndex = 2;
+            compare(box.input.text, "500");
         }
 
         function test_textThatTheValidatorRefusesCannotBeTyped() {
             type("7a5");
-            compare(box.editText, "75");
+            compare(box.input.text, "75");
         }
     }
 

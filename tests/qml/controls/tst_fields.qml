@@ -124,6 +124,8 @@ Item {
             keyClick(Qt.Key_Return);
             compare(spy.count, 0);
             compare(root.model, 1.5);
+            compare(input.text, "1.50");
+            verify(!input.activeFocus);
         }
 
         function test_unacceptableTextGivesWayToTheValueWhenLeft() {
