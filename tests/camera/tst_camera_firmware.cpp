@@ -2,6 +2,7 @@
 #include "tests/support/http_recorder.h"
 #include "tests/support/vesk_test_main.h"
 
+#include <QNetworkReply>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -28,6 +29,12 @@ private:
     void setState(int state) { m_camera->fwStateValue()->updateValue(state); }
     QTimer *finalizeTimer() const { return m_camera->findChild<QTimer *>(u"fwFinalizeTimer"_s); }
 
+    /** The upload that runs; its progress can be told here as the network would tell it. */
+    QNetworkReply *upload() const
+    {
+        return VeskApp::instance()->networkAccessManager()->findChild<QNetworkReply *>();
+    }
+
     QTemporaryDir m_folder;
     std::unique_ptr<HttpRecorder> m_server;
     std::unique_ptr<Camera> m_camera;
@@ -42,6 +49,9 @@ private slots:
 
     void cleanup()
     {
+        // An upload that is cut off would be sent again, to the server of the next test.
+        m_server->release();
+        QTRY_VERIFY(!upload());
         m_camera.reset();
         m_server.reset();
     }
@@ -93,6 +103,66 @@ private slots:
                      u"Firmware update installed! Restart camera to complete update."_s);
         QCOMPARE(told.first(), u"Uploading Q4FW file...0%"_s);
         QVERIFY(!told.contains(u"Update error: upload failed"_s));
+    }
+
+    void percentHasNoDecimalsAndInstallsOnlyAtItsEnd_data()
+    {
+        QTest::addColumn<qint64>("sent");
+        QTest::addColumn<QString>("status");
+        QTest::newRow("0.4 %") << qint64(4) << u"Uploading Q4FW file...0%"_s;
+        QTest::newRow("0.6 %") << qint64(6) << u"Uploading Q4FW file...1%"_s;
+        QTest::newRow("50 %") << qint64(500) << u"Uploading Q4FW file...50%"_s;
+        QTest::newRow("99.4 %") << qint64(994) << u"Uploading Q4FW file...99%"_s;
+        QTest::newRow("99.6 %") << qint64(996) << u"Uploading Q4FW file...100%"_s;
+        QTest::newRow("100 %") << qint64(1000) << u"Installing firmware update...Do NOT power off camera!"_s;
+    }
+
+    void percentHasNoDecimalsAndInstallsOnlyAtItsEnd()
+    {
+        QFETCH(qint64, sent);
+        QFETCH(QString, status);
+        m_server->setHold([](const auto &request) { return request.path == "/q4fw"; });
+        update(writeFile(u"a.q4fw"_s, "x"));
+        QTRY_COMPARE(m_server->heldCount(), 1);
+        QTRY_COMPARE(m_camera->fwUpdateProgress(), 100.0);
+        emit upload() -> uploadProgress(1, 1000);
+        QCOMPARE(m_camera->fwUpdateStatus(), u"Uploading Q4FW file...0%"_s);
+        QSignalSpy progress(m_camera.get(), &Camera::fwUpdateProgressChanged);
+        QSignalSpy told(m_camera.get(), &Camera::fwUpdateStatusChanged);
+        emit upload() -> uploadProgress(sent, 1000);
+        QCOMPARE(m_camera->fwUpdateProgress(), double(sent) * 100.0 / 1000.0);
+        QCOMPARE(m_camera->fwUpdateStatus(), status);
+        emit upload() -> uploadProgress(sent, 1000);     // the same again
+        emit upload() -> uploadProgress(2 * sent, 2000); // and the same share
+        emit upload() -> uploadProgress(sent, 0);        // of what is not known, no share
+        QCOMPARE(progress.count(), 1);
+        QCOMPARE(told.count(), 1);
+        QCOMPARE(m_camera->fwUpdateStatus(), status);
+    }
+
+    void progressIsNotHeldUpByTheStateOfTheCamera()
+    {
+        setState(1);
+        m_server->setHold([](const auto &request) { return request.path == "/q4fw"; });
+        update(writeFile(u"a.q4fw"_s, "x"));
+        QCOMPARE(m_camera->fwUpdateStatus(), u"Uploading Q4FW file...0%"_s);
+        QTRY_COMPARE(m_server->heldCount(), 1);
+        setState(5);
+        QCOMPARE(m_camera->fwUpdateStatus(), u"Installing firmware update...Do NOT power off camera!"_s);
+        setState(1);
+        m_server->release();
+        // An update over an installed one: the number alone does not tell them apart.
+        QTRY_COMPARE(m_camera->fwUpdateStatus(), u"Finalizing firmware update...Do NOT power off camera!"_s);
+    }
+
+    void everyOtherStateIsAnErrorOfItsNumber()
+    {
+        for (const int state : {2, 3, 4, 99, -1}) {
+            setState(state);
+            QCOMPARE(m_camera->fwUpdateStatus(), u"Update error: "_s + QString::number(state));
+        }
+        setState(0);
+        QCOMPARE(m_camera->fwUpdateStatus(), QString());
     }
 
     void laterStatusDoesNotStartTheWaitAgain()
