@@ -29,7 +29,7 @@ FocusScope {
         topPadding: 4
         bottomPadding: 4
         leftPadding: root.textPadding + prefixLabel.width
-        rightPadding: root.textPadding + unitsLabel.width
+        rightPadding: 4 + unitsLabel.width
         text: root.box.editable ? root.box.editText : root.box.displayText
         font: root.box.font
         enabled: root.box.editable
@@ -72,7 +72,7 @@ FocusScope {
         Label {
             id: unitsLabel
 
-            x: field.width - width
+            x: field.width - width - 4
             height: field.height
             text: root.units
             color: field.color
