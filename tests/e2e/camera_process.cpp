@@ -29,6 +29,17 @@ QList<QByteArray> CameraProcess::requests(const QByteArray &method, const QStrin
     return bodies;
 }
 
+QStringList CameraProcess::requestsOf(const QByteArray &method)
+{
+    QStringList paths;
+    const QJsonArray all = m_client.get(u"/sim/log"_s).json()["requests"_L1].toArray();
+    for (const QJsonValue request : all) {
+        if (request["method"_L1].toString().toLatin1() == method)
+            paths.append(request["path"_L1].toString());
+    }
+    return paths;
+}
+
 QString CameraProcess::firstHeader(const QString &name)
 {
     const QJsonArray all = m_client.get(u"/sim/log"_s).json()["requests"_L1].toArray();

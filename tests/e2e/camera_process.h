@@ -18,6 +18,8 @@ public:
     /// Bodies of what was received, in order; for `path` see the camera's
     /// protocol ("/rec").
     QList<QByteArray> requests(const QByteArray &method, const QString &path);
+    /// Paths of what was received by one method, in order.
+    QStringList requestsOf(const QByteArray &method);
     /// Value of a request header of the first request of the camera's log.
     QString firstHeader(const QString &name);
     void forgetRequests();
