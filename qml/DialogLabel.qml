@@ -1,8 +1,9 @@
 import QtQuick.Controls
 import QtQuick.Layouts
+import Vesk
 
 /** The label of a row of a larger dialog. */
 Label {
     Layout.preferredWidth: 64
-    Layout.preferredHeight: 18
+    Layout.preferredHeight: Theme.dialogRowHeight
 }

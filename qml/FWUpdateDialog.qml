@@ -31,7 +31,7 @@ DialogWindow {
         }
         RowLayout {
             Layout.fillWidth: true
-            Layout.preferredHeight: 18
+            Layout.preferredHeight: Theme.dialogRowHeight
 
             ElidedLabel {
                 Layout.fillWidth: true
@@ -42,7 +42,7 @@ DialogWindow {
                 Accessible.description: text
             }
             IconButton {
-                Layout.preferredHeight: 18
+                Layout.preferredHeight: Theme.dialogRowHeight
                 iconText: "\uECC5"
                 iconSize: 16
                 name: qsTr("Open Q4FW File")
@@ -54,7 +54,7 @@ DialogWindow {
         }
         ElidedLabel {
             Layout.fillWidth: true
-            Layout.preferredHeight: 18
+            Layout.preferredHeight: Theme.dialogRowHeight
             text: root.camera.fwUpdateStatus
             Accessible.role: Accessible.StaticText
             Accessible.name: qsTr("Status")

@@ -38,13 +38,15 @@ DialogWindow {
         }
         RowLayout {
             Layout.fillWidth: true
-            Layout.preferredHeight: Theme.dialogFieldHeight
+            Layout.preferredHeight: Theme.dialogRowHeight
 
             TextField {
                 id: nameField
 
                 Layout.fillWidth: true
                 Layout.fillHeight: true
+                topPadding: 0
+                bottomPadding: 0
                 focus: true
                 validator: RegularExpressionValidator {
                     regularExpression: /^(?! )[^\x00-\x1F\\/*?"|]*$/
@@ -53,6 +55,7 @@ DialogWindow {
                 onAccepted: root.accept()
             }
             IconButton {
+                Layout.preferredHeight: Theme.dialogRowHeight
                 iconText: "\uEA12"
                 name: qsTr("Insert tag")
                 onClicked: tagMenu.popup()

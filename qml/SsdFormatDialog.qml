@@ -36,7 +36,9 @@ DialogWindow {
             id: nameField
 
             Layout.fillWidth: true
-            Layout.preferredHeight: Theme.dialogFieldHeight
+            Layout.preferredHeight: Theme.dialogRowHeight
+            topPadding: 0
+            bottomPadding: 0
             focus: true
             maximumLength: 11
             validator: RegularExpressionValidator {

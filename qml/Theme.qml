@@ -32,5 +32,5 @@ QtObject {
     readonly property real flickDeceleration: 20000
     readonly property int dialogMargin: 10
     readonly property int dialogFooterHeight: 40
-    readonly property int dialogFieldHeight: 24
+    readonly property int dialogRowHeight: 18
 }

@@ -315,9 +315,9 @@ bool ViewFixture::drag(const QString &section, const QString &label, double from
     settle(window());
     const QRect place(window()->mapFromGlobal(slider->rect().topLeft()), slider->rect().size());
     const auto pointAt = [&](double position) {
-        // The handle is as wide as the slider is high, or nearly so.
-        const double groove = place.width() - place.height();
-        return QPoint(qRound(place.left() + place.height() / 2.0 + groove * position), place.center().y());
+        const double handle = slider->object()->property("handle").value<QQuickItem *>()->width();
+        return QPoint(qRound(place.left() + handle / 2 + (place.width() - handle) * position),
+                      place.center().y());
     };
     QTest::mousePress(window(), Qt::LeftButton, {}, pointAt(from));
     QElapsedTimer time;
@@ -397,6 +397,14 @@ QQuickItem *ViewFixture::itemWithText(QQuickItem *parent, const QString &text)
             return found;
     }
     return nullptr;
+}
+
+bool ViewFixture::showsTooltip(const QString &text) const
+{
+    const QList<QQuickItem *> layers = window()->contentItem()->childItems();
+    return std::any_of(layers.begin(), layers.end(), [&](QQuickItem *layer) {
+        return layer->inherits("QQuickOverlay") && itemWithText(layer, text);
+    });
 }
 
 QQuickItem *ViewFixture::itemWithText(const QString &text) const

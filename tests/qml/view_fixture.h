@@ -103,6 +103,7 @@ public:
     /** The visible item below parent that shows a text, for glyphs, which have no name. */
     static QQuickItem *itemWithText(QQuickItem *parent, const QString &text);
     QQuickItem *itemWithText(const QString &text) const;
+    bool showsTooltip(const QString &text) const;
 
 private:
     std::unique_ptr<QQmlApplicationEngine> m_engine;
