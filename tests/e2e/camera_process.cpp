@@ -65,6 +65,11 @@ QJsonValue CameraProcess::value(const QString &path)
     return value;
 }
 
+QJsonObject CameraProcess::upload()
+{
+    return m_client.get(u"/sim/state"_s).json()["upload"_L1].toObject();
+}
+
 bool CameraProcess::put(const QString &path, const QByteArray &json)
 {
     return m_client.put(path, json) == 200;

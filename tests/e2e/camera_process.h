@@ -27,6 +27,9 @@ public:
     /// A value of the status document ("acq/state"), whatever faults are set.
     QJsonValue value(const QString &path);
 
+    /// What came in as firmware: "size", "sha256", "file_name" and more.
+    QJsonObject upload();
+
     bool put(const QString &path, const QByteArray &json);
     /// `route` as in sim/fault.h, all of them for "*".
     bool setFault(const QString &route, const QString &kind);

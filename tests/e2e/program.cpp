@@ -1,5 +1,6 @@
 #include "tests/e2e/program.h"
 
+#include <QDir>
 #include <QProcessEnvironment>
 
 using namespace Qt::StringLiterals;
@@ -23,6 +24,9 @@ bool Program::start(const QString &display)
                            environment.value(u"ASAN_OPTIONS"_s) + u":strict_string_checks=0"_s);
     environment.remove(u"WAYLAND_DISPLAY"_s);
     m_process.setProcessEnvironment(environment);
+    if (!QDir().mkpath(workingFolder()))
+        return false;
+    m_process.setWorkingDirectory(workingFolder());
     m_process.setProcessChannelMode(QProcess::MergedChannels);
     m_process.start(QString::fromLocal8Bit(VESK_PROGRAM), {});
     return m_process.waitForStarted(10000);

@@ -10,6 +10,8 @@ public:
     explicit Program(const QString &folder) : m_folder(folder) {}
 
     bool start(const QString &display);
+    /// Where choices of files begin; it is empty at first.
+    QString workingFolder() const { return m_folder + QStringLiteral("/work"); }
     void stop() { m_process.stop(); }
     bool running() const { return m_process.state() == QProcess::Running; }
 

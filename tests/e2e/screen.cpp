@@ -1,5 +1,9 @@
 #include "tests/e2e/screen.h"
 
+#include <QDir>
+#include <QTest>
+
+#include <array>
 #include <cstdlib>
 #include <memory>
 
@@ -49,6 +53,15 @@ QImage Screen::picture() const
     return QImage(xcb_get_image_data(reply.get()), 1280, 800, 1280 * 4, QImage::Format_RGB32).copy();
 }
 
+void Screen::keep(const QImage &picture, const QString &name)
+{
+    const QString folder = qEnvironmentVariable("VESK_PICTURES");
+    if (folder.isEmpty())
+        return;
+    QVERIFY(QDir().mkpath(folder));
+    QVERIFY(picture.save(folder + u'/' + name + ".png"_L1));
+}
+
 xcb_atom_t Screen::atom(const char *name) const
 {
     const auto length = static_cast<uint16_t>(qstrlen(name));
@@ -95,6 +108,13 @@ QRect Screen::geometry(Window window) const
 void Screen::focus(Window window) const
 {
     xcb_set_input_focus(m_connection, XCB_INPUT_FOCUS_PARENT, window, XCB_CURRENT_TIME);
+    xcb_flush(m_connection);
+}
+
+void Screen::move(Window window, QPoint place) const
+{
+    const std::array values = {static_cast<uint32_t>(place.x()), static_cast<uint32_t>(place.y())};
+    xcb_configure_window(m_connection, window, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y, values.data());
     xcb_flush(m_connection);
 }
 

@@ -25,11 +25,16 @@ public:
     QString display() const { return m_display; }
     QImage picture() const;
 
+    /// Keeps a picture of the whole screen in the folder of VESK_PICTURES when that is set.
+    void keepPicture(const QString &name) const { keep(picture(), name); }
+    static void keep(const QImage &picture, const QString &name);
+
     /// The visible window of that title.
     std::optional<Window> window(const QString &title) const;
     QRect geometry(Window window) const;
     /// What a window manager would do when the user picks the window.
     void focus(Window window) const;
+    void move(Window window, QPoint place) const;
     /// What a window manager would do when the user presses the window's close
     /// button.
     void close(Window window) const;

@@ -1,6 +1,5 @@
 #include "tests/e2e/session.h"
 
-#include <QDir>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -156,9 +155,5 @@ int Session::count(const QImage &window, const QRect &part, const std::function<
 
 void Session::keepPicture(const QString &name) const
 {
-    const QString folder = qEnvironmentVariable("VESK_PICTURES");
-    if (folder.isEmpty())
-        return;
-    QVERIFY(QDir().mkpath(folder));
-    QVERIFY(window().save(folder + u'/' + name + ".png"_L1));
+    Screen::keep(window(), name);
 }

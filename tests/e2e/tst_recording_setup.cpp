@@ -1,6 +1,9 @@
 #include "tests/e2e/session.h"
 
+#include <QCryptographicHash>
+#include <QFile>
 #include <QJsonArray>
+#include <QJsonObject>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -38,6 +41,7 @@ private slots:
     void shutterIsClosed();
     void lineIsSetUp();
     void videoFormatIsPicked();
+    void firmwareIsPickedAndSent();
     void pollsBringNothingBack();
 
 private:
@@ -74,6 +78,9 @@ void TestRecordingSetup::resolutionIsPicked()
     QVERIFY(value(u"acq/res"_s) != offered[1]);
     QVERIFY(m_session.choose(u"Resolution"_s, 1));
     QTRY_COMPARE(value(u"acq/res"_s), offered[1]);
+    // The window knows it, too: what stands there is not sent again.
+    m_session.camera.forgetRequests();
+    QTRY_VERIFY(m_session.camera.requests("GET", u"/"_s).size() >= 3);
     QVERIFY(m_session.choose(u"Resolution"_s, 0));
     QTRY_COMPARE(value(u"acq/res"_s), offered[0]);
 }
@@ -267,6 +274,54 @@ void TestRecordingSetup::videoFormatIsPicked()
     m_session.key(u"Return"_s);
     QTRY_VERIFY(value(u"video/format"_s).toString() != before);
     QCOMPARE(value(u"video/format"_s), value(u"video/valid_format"_s).toArray()[1]);
+}
+
+void TestRecordingSetup::firmwareIsPickedAndSent()
+{
+    const QByteArray content = QByteArray("firmware of the camera\n").repeated(100000);
+    QFile file(m_session.program().workingFolder() + u"/camera 4.q4fw"_s);
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+    file.close();
+    m_session.toggleSection(u"Firmware"_s, false);
+    m_session.click(m_session.layout().widget(u"Firmware Update"_s).center());
+    Screen &screen = m_session.screen;
+    QTRY_VERIFY(screen.window(u"Firmware Update"_s));
+    screen.move(*screen.window(u"Firmware Update"_s), {400, 300});
+    QTRY_COMPARE(screen.geometry(*screen.window(u"Firmware Update"_s)).topLeft(), QPoint(400, 300));
+    const QRect dialog = screen.geometry(*screen.window(u"Firmware Update"_s));
+    QCOMPARE(dialog.size(), QSize(480, 160));
+    const auto clickIn = [&](QPoint place, const QRect &window) {
+        const QPoint point = window.topLeft() + place;
+        QVERIFY(screen.input(u"mousemove %1 %2 sleep 0.2 click 1"_s.arg(point.x()).arg(point.y())));
+    };
+    // The glyph at the end of the second row opens the system's choice of files, or the one drawn here.
+    clickIn({458, 47}, dialog);
+    QTRY_VERIFY(screen.window(u"Open Q4FW File"_s));
+    screen.focus(*screen.window(u"Open Q4FW File"_s));
+    // The only file there is marked.
+    const QRect choice = screen.geometry(*screen.window(u"Open Q4FW File"_s));
+    QTRY_VERIFY(Session::count(screen.picture(), choice, [](QRgb colour) { return colour == 0xFFD25F15; }) >
+                5000);
+    screen.keepPicture(u"file-choice"_s);
+    clickIn({100, 62}, choice);
+    clickIn({460, 375}, choice);
+    QTRY_VERIFY(!screen.window(u"Open Q4FW File"_s));
+    screen.focus(*screen.window(u"Firmware Update"_s));
+    const QPoint startUpdate(120, 135);
+    clickIn(startUpdate, dialog);
+    QTRY_COMPARE(m_session.camera.upload()["size"_L1].toInt(), content.size());
+    QCOMPARE(m_session.camera.upload()["file_name"_L1].toString(), u"camera 4.q4fw"_s);
+    QCOMPARE(m_session.camera.upload()["sha256"_L1].toString().toLatin1(),
+             QCryptographicHash::hash(content, QCryptographicHash::Sha256).toHex());
+    QTRY_COMPARE(value(u"camera/fw_state"_s).toInt(), 1);
+    screen.keepPicture(u"firmware"_s);
+    // The same dialog starts no second one.
+    m_session.camera.forgetRequests();
+    clickIn(startUpdate, dialog);
+    clickIn({360, 135}, dialog);
+    QTRY_VERIFY(!screen.window(u"Firmware Update"_s));
+    QCOMPARE(m_session.camera.requests("POST", u"/q4fw"_s).size(), 0);
+    m_session.focus();
 }
 
 void TestRecordingSetup::pollsBringNothingBack()
