@@ -23,6 +23,8 @@ GridLayout {
     }
     ElidedLabel {
         Layout.fillWidth: true
+        Layout.preferredHeight: Theme.dialogRowHeight
+        verticalAlignment: Text.AlignVCenter
         text: root.camera.name.value ?? ""
         font.bold: true
         font.pixelSize: 13

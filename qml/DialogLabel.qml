@@ -1,3 +1,4 @@
+import QtQuick
 import QtQuick.Controls
 import QtQuick.Layouts
 import Vesk
@@ -6,4 +7,5 @@ import Vesk
 Label {
     Layout.preferredWidth: 64
     Layout.preferredHeight: Theme.dialogRowHeight
+    verticalAlignment: Text.AlignVCenter
 }

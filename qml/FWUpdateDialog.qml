@@ -35,6 +35,8 @@ DialogWindow {
 
             ElidedLabel {
                 Layout.fillWidth: true
+                Layout.fillHeight: true
+                verticalAlignment: Text.AlignVCenter
                 text: root.path
                 elide: Text.ElideMiddle
                 Accessible.role: Accessible.StaticText
@@ -55,6 +57,7 @@ DialogWindow {
         ElidedLabel {
             Layout.fillWidth: true
             Layout.preferredHeight: Theme.dialogRowHeight
+            verticalAlignment: Text.AlignVCenter
             text: root.camera.fwUpdateStatus
             Accessible.role: Accessible.StaticText
             Accessible.name: qsTr("Status")
