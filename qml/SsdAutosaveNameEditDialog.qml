@@ -55,10 +55,12 @@ DialogWindow {
                 onAccepted: root.accept()
             }
             IconButton {
+                id: tagButton
+
                 Layout.preferredHeight: Theme.dialogRowHeight
                 iconText: "\uEA12"
                 name: qsTr("Insert tag")
-                onClicked: tagMenu.popup()
+                onClicked: tagMenu.popup(tagButton, tagButton.width - tagMenu.width, tagButton.height)
             }
         }
         Label {
@@ -89,10 +91,12 @@ DialogWindow {
 
         MenuItem {
             text: qsTr("Sequence Number")
+            Accessible.name: text
             onTriggered: root.insert("<seq>")
         }
         MenuItem {
             text: qsTr("Timestamp")
+            Accessible.name: text
             onTriggered: root.insert("<time>")
         }
     }

@@ -294,7 +294,11 @@ QString ViewFixture::fieldText(const QString &section, const QString &label) con
 bool ViewFixture::type(const QString &section, const QString &label, const QString &text, Qt::Key end) const
 {
     QQuickItem *input = field(section, label);
-    if (!input || !click(window(), QAccessible::queryAccessibleInterface(input)))
+    // The input of a spin box is no element of its own.
+    QAccessibleInterface *target = input ? QAccessible::queryAccessibleInterface(input) : nullptr;
+    if (input && !target)
+        target = inSection(section, label, QAccessible::SpinBox);
+    if (!target || !click(window(), target))
         return false;
     QTest::keySequence(window(), QKeySequence::SelectAll);
     QTest::keyClick(window(), Qt::Key_Delete);
