@@ -71,6 +71,7 @@ VeskSpinBox {
     valueFromText: (text, locale) => root.clocksOf(text)
     onClkFreqChanged: root.renewText()
     onUnitsChanged: root.renewText()
+    Keys.onMenuPressed: unitsMenu.popup(root, 0, root.height)
 
     TapHandler {
         acceptedButtons: Qt.RightButton

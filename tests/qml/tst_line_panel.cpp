@@ -26,6 +26,7 @@ private slots:
     void typedTimeRefuses();
     void arrowsStepInTheUnit();
     void unitsAreKeptByLineAndField();
+    void menuKeyOffersTheUnits();
     void anotherClockRenewsTheText();
     void spinBoxGivesUpFocus();
 
@@ -288,6 +289,16 @@ void TestLinePanel::unitsAreKeptByLineAndField()
     QCOMPARE(m_view.fieldText(u"I/O 4"_s, u"Filter"_s), u"1.000 us"_s);
     QCOMPARE(m_view.fieldText(u"Trigger I/O"_s, u"Delay"_s), u"1000 clks"_s);
     QCOMPARE(ViewFixture::writtenPaths(*simulated), QStringList());
+}
+
+void TestLinePanel::menuKeyOffersTheUnits()
+{
+    QVERIFY(startWith({{u"io4/delay"_s, "1000"}}));
+    QVERIFY(m_view.clickIn(u"I/O 4"_s, u"Delay"_s));
+    QTest::keyClick(m_view.window(), Qt::Key_Menu);
+    QTRY_VERIFY(m_view.shows(u"Milliseconds"_s));
+    QVERIFY(m_view.click(u"Milliseconds"_s));
+    QTRY_COMPARE(m_view.fieldText(u"I/O 4"_s, u"Delay"_s), u"0.008000 ms"_s);
 }
 
 void TestLinePanel::anotherClockRenewsTheText()
