@@ -35,10 +35,11 @@ private:
         if (child == 0) {
             dup2(open("/dev/null", O_WRONLY), STDERR_FILENO);
             signal(SIGFPE, SIG_DFL);
-            _exit(function() ? 0 : 1);
+            [[maybe_unused]] volatile bool result = function();
+            _exit(0);
         }
         int status = 0;
-        return waitpid(child, &status, 0) == child && !WIFEXITED(status);
+        return waitpid(child, &status, 0) == child && !(WIFEXITED(status) && WEXITSTATUS(status) == 0);
     }
 
 private slots:
