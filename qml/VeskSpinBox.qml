@@ -16,7 +16,7 @@ SpinBox {
     editable: true
     Keys.onEscapePressed: {
         // The text of the value again; what was typed is dropped.
-        root.input.text = root.textFromValue(root.value, root.locale);
+        root.input.text = root.textFromValue.call(root, root.value, root.locale);
         root.leave();
     }
     Keys.onReturnPressed: root.leave()

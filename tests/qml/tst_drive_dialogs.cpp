@@ -129,7 +129,7 @@ void TestDriveDialogs::formatCanBeCancelled()
     QVERIFY(dialog);
     QVERIFY(ViewFixture::click(dialog, u"Cancel"_s));
     QTRY_VERIFY(!m_view.dialog(u"SSD Format"_s));
-    QVERIFY(m_view.waitForPolls(1));
+    QVERIFY(m_view.waitForPolls(2));
     QCOMPARE(simulated->requests("POST", u"/ssd-format"_s).size(), 0);
 }
 
@@ -187,8 +187,8 @@ void TestDriveDialogs::templateNeedsATag()
     QTest::keyClick(dialog, Qt::Key_Return);
     const QByteArrayList sent = accepted ? QByteArrayList{'"' + text + '"'} : QByteArrayList();
     QTRY_COMPARE(m_view.dialog(TemplateTitle) == nullptr, accepted);
-    QVERIFY(m_view.waitForPolls(1));
-    QCOMPARE(ViewFixture::bodies(*simulated, "PUT", u"/ssd/autosave/name"_s), sent);
+    QVERIFY(m_view.waitForPolls(2));
+    QTRY_COMPARE(ViewFixture::bodies(*simulated, "PUT", u"/ssd/autosave/name"_s), sent);
     if (accepted)
         QCOMPARE(m_view.rowText(u"SSD Autosave"_s, u"File Name"_s), QString::fromLatin1(text));
 }
@@ -230,7 +230,7 @@ void TestDriveDialogs::templateIsKeptOnCancel()
     QCOMPARE(textIn(dialog, u"File Name"_s), u"<seq>abcde"_s);
     QVERIFY(ViewFixture::click(dialog, u"Cancel"_s));
     QTRY_VERIFY(!m_view.dialog(TemplateTitle));
-    QVERIFY(m_view.waitForPolls(1));
+    QVERIFY(m_view.waitForPolls(2));
     QCOMPARE(ViewFixture::writtenPaths(*simulated), QStringList());
 }
 
@@ -249,7 +249,7 @@ void TestDriveDialogs::deletionOfAllTakesIsAsked()
         QVERIFY(ViewFixture::element(dialog, u"Are you sure you want to delete all takes?"_s));
         QVERIFY(ViewFixture::click(dialog, agreed ? u"OK"_s : u"Cancel"_s));
         QTRY_VERIFY(!m_view.dialog(u"VESK"_s));
-        QVERIFY(m_view.waitForPolls(1));
+        QVERIFY(m_view.waitForPolls(2));
         QCOMPARE(ViewFixture::bodies(*simulated, "POST", u"/del"_s),
                  agreed ? QByteArrayList{"{\"take\":-1}"} : QByteArrayList());
     }

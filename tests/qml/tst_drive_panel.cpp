@@ -234,7 +234,7 @@ void TestDrivePanel::numbersAreLimited()
     }
     QVERIFY(m_view.type(Autosave, label, u"77"_s, Qt::Key_Escape));
     QCOMPARE(m_view.fieldText(Autosave, label), present);
-    QVERIFY(m_view.waitForPolls(1));
+    QVERIFY(m_view.waitForPolls(2));
     QCOMPARE(ViewFixture::bodies(*simulated, "PUT", path), QByteArrayList());
     const QList<std::pair<QString, QString>> rows = {
         {u"42"_s, u"42"_s},

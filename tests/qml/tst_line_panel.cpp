@@ -229,7 +229,7 @@ void TestLinePanel::typedTimeRefuses()
     QVERIFY(m_view.type(u"I/O 4"_s, u"Delay"_s, u"77"_s, Qt::Key_Escape));
     QCOMPARE(m_view.fieldText(u"I/O 4"_s, u"Delay"_s), u"1000 clks"_s);
     QVERIFY(!m_view.field(u"I/O 4"_s, u"Delay"_s)->hasActiveFocus());
-    QVERIFY(m_view.waitForPolls(1));
+    QVERIFY(m_view.waitForPolls(2));
     QCOMPARE(ViewFixture::writtenPaths(*simulated), QStringList());
 }
 
@@ -313,7 +313,7 @@ void TestLinePanel::anotherClockRenewsTheText()
     QVERIFY(m_view.choose(u"I/O 4"_s, u"Signal"_s, u"Frame Sync"_s));
     QTRY_COMPARE(m_view.fieldText(u"I/O 4"_s, u"Delay"_s), u"10.000 us"_s);
     QCOMPARE(m_view.fieldText(u"I/O 4"_s, u"Max. Width"_s), u"2684354.550 us"_s);
-    QVERIFY(m_view.waitForPolls(1));
+    QVERIFY(m_view.waitForPolls(2));
     QCOMPARE(ViewFixture::writtenPaths(*simulated), QStringList{u"/io/io4/signal"_s});
 }
 

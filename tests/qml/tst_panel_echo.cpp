@@ -170,7 +170,7 @@ void TestPanelEcho::selectionSendsNothing()
     for (const QString &name : {u"Second"_s, u"Simulated Q4"_s, u"Second"_s, u"Simulated Q4"_s}) {
         QVERIFY(m_view.click(m_view.window(), m_view.element(name, QAccessible::PageTab)));
         QTRY_COMPARE(m_view.rowText(u"Camera"_s, u"Name"_s), name);
-        QVERIFY(m_view.waitForPolls(1));
+        QVERIFY(m_view.waitForPolls(2));
     }
     QTRY_COMPARE(m_view.fieldText(u"Acquisition"_s, u"Exposure Time"_s), u"7.770"_s);
     QCOMPARE(ViewFixture::writtenPaths(*first), QStringList());

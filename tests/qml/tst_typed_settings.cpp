@@ -151,7 +151,7 @@ void TestTypedSettings::textThatIsNoNumberIsRefused()
         QTRY_COMPARE(m_view.fieldText(sectionOf(label), label), present);
         QVERIFY(!fieldHasFocus(sectionOf(label), label));
     }
-    QVERIFY(m_view.waitForPolls(1));
+    QVERIFY(m_view.waitForPolls(2));
     QCOMPARE(ViewFixture::writtenPaths(*simulated), QStringList());
 }
 
@@ -237,7 +237,7 @@ void TestTypedSettings::fieldLeftAsItWasOrByEscapeSendsNothing()
     QVERIFY(m_view.type(sectionOf(label), label, u"77"_s, Qt::Key_Escape));
     QCOMPARE(m_view.fieldText(sectionOf(label), label), present);
     QVERIFY(!fieldHasFocus(sectionOf(label), label));
-    QVERIFY(m_view.waitForPolls(1));
+    QVERIFY(m_view.waitForPolls(2));
     QCOMPARE(ViewFixture::writtenPaths(*simulated), QStringList());
 }
 

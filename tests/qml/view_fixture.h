@@ -54,7 +54,7 @@ public:
     q4sim::Camera *startUnfolded();
     /** The camera of startWithCamera. */
     Camera *camera() const { return m_camera; }
-    /** Lets the program read the camera a number of times. */
+    /** Lets the program read the camera a number of times; two are longer than a write waits to be sent. */
     bool waitForPolls(int count) const;
 
     QQuickWindow *window() const;
