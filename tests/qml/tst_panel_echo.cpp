@@ -157,13 +157,13 @@ void TestPanelEcho::selectionSendsNothing()
     q4sim::Camera *first = m_view.startUnfolded();
     QVERIFY(first);
     q4sim::Config config;
-    config.address = QHostAddress(u"127.0.15.2"_s);
+    config.address = QHostAddress(ViewFixture::address(2));
     config.serial = u"Q4-00002"_s;
     config.name = u"Second"_s;
     config.discovery = false;
     q4sim::Camera *second = m_view.simulate(config);
     QVERIFY(second);
-    QVERIFY(m_view.connectTo(u"127.0.15.2"_s));
+    QVERIFY(m_view.connectTo(ViewFixture::address(2)));
     // As the camera reports them, not as this program writes them.
     first->forceValue(u"acq/exp_clks"_s, 777);
     first->forceValue(u"adjust/gain"_s, 1.23456);

@@ -112,6 +112,13 @@ q4sim::Camera *ViewFixture::simulate(const q4sim::Config &config)
     return m_simulated.last();
 }
 
+QString ViewFixture::address(int n)
+{
+    bool given = false;
+    const int net = qEnvironmentVariableIntValue("VESK_VIEW_TEST_NET", &given);
+    return u"127.0.%1.%2"_s.arg(given ? net : 15).arg(n);
+}
+
 Camera *ViewFixture::connectTo(const QString &address)
 {
     VeskApp::instance()->connectCamera(address);
@@ -121,14 +128,13 @@ Camera *ViewFixture::connectTo(const QString &address)
 
 q4sim::Camera *ViewFixture::startWithCamera(q4sim::Config config)
 {
-    const QString address = u"127.0.15.1"_s;
-    config.address = QHostAddress(address);
+    config.address = QHostAddress(address(1));
     config.discovery = false;
     q4sim::Camera *simulated = simulate(config);
     if (!simulated)
         return nullptr;
     open();
-    m_camera = connectTo(address);
+    m_camera = connectTo(address(1));
     return m_camera ? simulated : nullptr;
 }
 

@@ -43,6 +43,8 @@ public:
     static QByteArrayList bodies(const q4sim::Camera &camera, const QByteArray &method, const QString &path);
     /** Paths that were written to it, but for its time, which every connection writes. */
     static QStringList writtenPaths(const q4sim::Camera &camera);
+    /** The n-th address of this test's simulated cameras; the first is that of startWithCamera. */
+    static QString address(int n);
     /** Connects the program to the address and waits until it is connected. */
     Camera *connectTo(const QString &address);
 
