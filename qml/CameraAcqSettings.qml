@@ -38,7 +38,8 @@ Column {
         validator: PositiveValidator {}
         onEntered: text => {
             const rate = Math.min(Number(text), root.clkFreq);
-            root.camera.frClks.value = root.limited(root.clkFreq / rate);
+            if (rate > 0)
+                root.camera.frClks.value = root.limited(root.clkFreq / rate);
         }
     }
     UnitsComboRow {

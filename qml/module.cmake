@@ -43,11 +43,9 @@ foreach(view IN LISTS vesk_singletons vesk_views)
   set_source_files_properties(${CMAKE_CURRENT_BINARY_DIR}/.rcc/qmlcache/vesk-core_qml/${view}_qml.cpp
     PROPERTIES UNITY_GROUP views${group})
 endforeach()
-target_sources(vesk-core PRIVATE ${CMAKE_CURRENT_LIST_DIR}/foreign_types.h)
 # The registration includes the headers of the types by their bare names.
 target_include_directories(vesk-core PRIVATE
-  ${PROJECT_SOURCE_DIR}/app ${PROJECT_SOURCE_DIR}/camera ${PROJECT_SOURCE_DIR}/take ${PROJECT_SOURCE_DIR}/image
-  ${CMAKE_CURRENT_LIST_DIR})
+  ${PROJECT_SOURCE_DIR}/app ${PROJECT_SOURCE_DIR}/camera ${PROJECT_SOURCE_DIR}/take ${PROJECT_SOURCE_DIR}/image)
 
 # The root document, which lies outside of the module: qrc:/main.qml.
 set_source_files_properties(${CMAKE_CURRENT_LIST_DIR}/main.qml PROPERTIES QT_RESOURCE_ALIAS main.qml)

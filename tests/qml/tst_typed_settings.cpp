@@ -37,6 +37,8 @@ private slots:
     void presentValueTypedAgainSendsNothing();
     void fieldGivesUpFocusAfterUse();
     void listClosedWithoutAChoiceGivesUpFocus();
+    void listMadeAnewLeavesWhatIsBeingTyped();
+    void clockOfZeroTakesNoFrameRate();
 
 private:
     static void addBoxes();
@@ -270,6 +272,35 @@ void TestTypedSettings::listClosedWithoutAChoiceGivesUpFocus()
     QTest::keyClick(m_view.window(), Qt::Key_Escape);
     QTRY_VERIFY(!m_view.shows(u"2 frames"_s, QAccessible::MenuItem));
     QVERIFY(!fieldHasFocus(Acquisition, u"Trigger Offset"_s));
+}
+
+void TestTypedSettings::listMadeAnewLeavesWhatIsBeingTyped()
+{
+    q4sim::Camera *simulated = m_view.startWithCamera();
+    QVERIFY(simulated);
+    const QString box = u"Trigger Offset"_s;
+    QQuickItem *field = m_view.field(Acquisition, box);
+    QVERIFY(ViewFixture::click(m_view.window(), QAccessible::queryAccessibleInterface(field)));
+    QTest::keySequence(m_view.window(), QKeySequence::SelectAll);
+    QTest::keyClick(m_view.window(), '7');
+    QTest::keyClick(m_view.window(), '8');
+    simulated->forceValue(u"acq/trig_offset"_s, 123);
+    QTRY_COMPARE(m_view.camera()->trigOffsetValue()->variant().toInt(), 123);
+    QVERIFY(m_view.waitForPolls(2));
+    QCOMPARE(m_view.fieldText(Acquisition, box), u"78"_s);
+    QTest::keyClick(m_view.window(), Qt::Key_Return);
+    QTRY_COMPARE(ViewFixture::bodies(*simulated, "PUT", u"/acq/trig_offset"_s), QByteArrayList{"78"});
+}
+
+void TestTypedSettings::clockOfZeroTakesNoFrameRate()
+{
+    q4sim::Camera *simulated = m_view.startWithCamera();
+    QVERIFY(simulated);
+    simulated->forceValue(u"acq/clk_freq"_s, 0);
+    QTRY_COMPARE(m_view.camera()->clkFreqValue()->variant().toInt(), 0);
+    QVERIFY(m_view.type(Acquisition, u"Frame Rate"_s, u"500"_s));
+    QVERIFY(m_view.waitForPolls(2));
+    QCOMPARE(simulated->requests("PUT", u"/acq/fr_clks"_s).size(), 0);
 }
 
 VIEW_TEST_MAIN(TestTypedSettings)
