@@ -10,6 +10,7 @@
 using namespace std::chrono_literals;
 
 static constexpr auto SendInterval = 50ms;
+static constexpr auto AnswerTime = 1s;
 
 CameraValue::CameraValue(const QStringList &jsonPath, int type, QObject *parent, QVariant *storage,
                          const QStringList &altJsonPath)
@@ -59,6 +60,10 @@ void CameraValue::timerEvent(QTimerEvent *event)
         VeskValue::timerEvent(event);
         return;
     }
+    // Requests travel on several connections: one that follows at once could overtake the one before, which
+    // would then undo it. A camera that does not answer holds nothing back for longer than this.
+    if (m_unanswered > 0 && !m_answerBy.hasExpired())
+        return;
     m_sendTimer.stop();
     sendValue();
 }
@@ -87,7 +92,10 @@ void CameraValue::putValue(Camera *camera, const QString &path)
     QNetworkReply *reply = VeskApp::instance()->networkAccessManager()->put(
         VeskApp::cameraRequest(camera->ip(), path, VeskApp::JsonBody), body);
     VeskApp::limitReply(reply);
+    ++m_unanswered;
+    m_answerBy.setRemainingTime(AnswerTime);
     connect(reply, &QNetworkReply::finished, this, [this, reply] {
+        --m_unanswered;
         reply->deleteLater();
         emit valueSent();
     });

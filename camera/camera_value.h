@@ -3,13 +3,14 @@
 #include "camera/vesk_value.h"
 
 #include <QBasicTimer>
+#include <QDeadlineTimer>
 
 class Camera;
 
 /**
  * A value of a camera. A local write shows at once and is sent within 50 ms, however many writes come in
- * between; the next remote update is dropped, because the poll under way may still carry the old value, and
- * the one after it is believed again.
+ * between, but not before the answer to the one before; the next remote update is dropped, because the poll
+ * under way may still carry the old value, and the one after it is believed again.
  */
 class CameraValue : public VeskValue
 {
@@ -46,4 +47,6 @@ private:
     bool m_ignoreNextUpdate = false;
     bool m_sendPending = false;
     QBasicTimer m_sendTimer;
+    int m_unanswered = 0; // PUTs on their way
+    QDeadlineTimer m_answerBy;
 };

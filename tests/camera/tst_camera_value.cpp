@@ -163,6 +163,34 @@ private slots:
         QCOMPARE(exposurePuts().last().body, QByteArray::number(last));
     }
 
+    void changeDoesNotOvertakeTheOneBefore()
+    {
+        m_server->setHold([](const auto &request) { return request.body == "200"; });
+        exposure()->setValue(200, false);
+        QTRY_COMPARE(m_server->heldCount(), 1);
+        exposure()->setValue(300, false);
+        passSendInterval();
+        QCOMPARE(exposurePuts().size(), 1);
+        exposure()->setValue(400, false);
+        m_server->release();
+        QTRY_COMPARE(exposurePuts().size(), 2);
+        QCOMPARE(exposurePuts()[1].body, "400");
+    }
+
+    void silentCameraHoldsAChangeBackForASecondOnly()
+    {
+        m_server->setHold([](const auto &) { return true; });
+        exposure()->setValue(200, false);
+        QTRY_COMPARE(m_server->heldCount(), 1);
+        QElapsedTimer timer;
+        timer.start();
+        exposure()->setValue(300, false);
+        QTRY_COMPARE(exposurePuts().size(), 2);
+        QVERIFY2(timer.elapsed() >= 900, qPrintable(QString::number(timer.elapsed())));
+        QCOMPARE(exposurePuts()[1].body, "300");
+        m_server->release();
+    }
+
     void twoValuesGoOutAsTwoRequests()
     {
         m_camera->trigOffsetValue()->setValue(-5, false);
