@@ -13,6 +13,8 @@ Item {
     required property string name
     property real value: 0
     property int decimals: 2
+    /** What the field showed when the user came to it; changes of the value leave it alone until he goes. */
+    property string before: ""
     property alias validator: field.validator
     property alias acceptableInput: field.acceptableInput
     property alias text: field.text
@@ -23,6 +25,7 @@ Item {
 
     function showValue() {
         field.text = Qt.binding(() => root.value.toFixed(root.decimals));
+        root.before = field.text;
     }
 
     function leave() {
@@ -39,7 +42,7 @@ Item {
 
     function finish() {
         const typed = field.text;
-        const edited = typed !== root.value.toFixed(root.decimals);
+        const edited = typed !== root.before;
         const number = Number(typed);
         // Before the focus goes: losing it would finish the same edit once more.
         root.showValue();
@@ -60,10 +63,12 @@ Item {
         horizontalAlignment: TextInput.AlignHCenter
         Accessible.name: root.name
         onActiveFocusChanged: {
-            if (activeFocus)
+            if (activeFocus) {
+                field.text = root.before = root.value.toFixed(root.decimals);
                 selectAll();
-            else if (!acceptableInput)
+            } else if (!acceptableInput) {
                 root.showValue();
+            }
         }
         onEditingFinished: root.finish()
         Keys.onReturnPressed: event => root.refuse(event)

@@ -16,6 +16,7 @@ VeskSpinBox {
     /** Clocks a second. */
     required property real clkFreq
     property int units: IOSpinBox.Clocks
+    property bool renewing: false
 
     readonly property var unitTable: [
         { suffix: "clks", title: qsTr("Clocks"), perSecond: root.clkFreq, decimals: 0 },
@@ -40,31 +41,43 @@ VeskSpinBox {
         return number.toFixed(unit.decimals) + " " + unit.suffix;
     }
 
+    /** A number with or without groups of three digits; NaN for anything else, "1,5" as well. */
+    function numberOf(text) {
+        const plain = /^(\d+\.?\d*|\.\d+)$/.test(text);
+        const grouped = /^\d{1,3}(,\d{3})+(\.\d*)?$/.test(text);
+        return plain || grouped ? Number(text.replace(/,/g, "")) : NaN;
+    }
+
     /** Clocks of a typed text, limited to the range; the present value when there is no number in it. */
     function clocksOf(text) {
-        const match = text.trim().match(/^([\d.,]+)\s*(clk|clks|ns|us|µs|ms)$/);
-        const number = Number((match ? match[1] : text).replace(/,/g, ""));
-        if (text.trim() === "" || isNaN(number))
+        const match = text.trim().match(/^([\d.,]+)\s*(clk|clks|ns|us|µs|ms)?$/);
+        const number = match ? root.numberOf(match[1]) : NaN;
+        if (isNaN(number))
             return root.value;
-        if (match)
+        if (match[2])
             root.units = root.unitOfSuffix[match[2]];
         const perSecond = root.unitTable[root.units].perSecond;
         const clocks = root.units === IOSpinBox.Clocks ? number : number * root.clkFreq / perSecond;
         return Math.max(root.from, Math.min(root.to, Math.round(clocks)));
     }
 
-    /** The text is computed only when the value changes: a step there and back makes it anew. */
+    /**
+     * The text is computed only when the value changes: a step there and back makes it anew. Steps of one clock
+     * end where they began, also in a range that is shorter than the unit's step.
+     */
     function renewText() {
-        if (root.value > root.to - root.stepSize) {
+        root.renewing = true;
+        if (root.value === root.to) {
             root.decrease();
             root.increase();
         } else {
             root.increase();
             root.decrease();
         }
+        root.renewing = false;
     }
 
-    stepSize: units === IOSpinBox.Microseconds ? Math.max(1, Math.round(clkFreq / 1e6))
+    stepSize: renewing ? 1 : units === IOSpinBox.Microseconds ? Math.max(1, Math.round(clkFreq / 1e6))
         : units === IOSpinBox.Milliseconds ? Math.max(1, Math.round(clkFreq / 1e3)) : 1
     validator: null
     textFromValue: (clocks, locale) => root.textOf(clocks)

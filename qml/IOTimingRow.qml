@@ -14,7 +14,9 @@ ControlRow {
     property int to: 268435455
 
     function readUnits() {
-        box.units = root.camera.setting(root.unitsKey, IOSpinBox.Clocks);
+        // Settings can be edited by hand.
+        const units = Number(root.camera.setting(root.unitsKey, IOSpinBox.Clocks));
+        box.units = box.unitTable[units] ? units : IOSpinBox.Clocks;
     }
 
     rowHeight: Theme.buttonHeight

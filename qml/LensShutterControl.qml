@@ -76,7 +76,8 @@ ControlGrid {
         listIndex: root.camera.fstopIndex
         unlisted: String(Number((root.camera.lensFstop.value ?? 0).toPrecision(6)))
         validator: PositiveValidator {}
-        visible: root.lensReady && (root.lensFeatures & Camera.LensFeatFstop) !== 0
+        visible: choosable
+        choosable: root.lensReady && (root.lensFeatures & Camera.LensFeatFstop) !== 0
         onEntered: text => root.camera.lensFstop.value = Number(text)
     }
     ControlRow {

@@ -16,6 +16,8 @@ ApplicationWindow {
     function showSelected() {
         menuArea.sourceComponent = undefined;
         mainArea.sourceComponent = undefined;
+        // A question about the camera that goes is not to be answered for the one that comes.
+        takesDeleteAll.active = false;
         const camera = root.selected as Camera;
         if (camera)
             root.shownCamera = camera;

@@ -44,6 +44,7 @@ DialogWindow {
             focus: true
             horizontalAlignment: TextInput.AlignRight
             validator: IntValidator {
+                locale: "C"
                 bottom: 1
                 top: 1024
             }

@@ -36,7 +36,8 @@ ControlGrid {
         value: root.camera.ssdAutosaveStart.value
         lowest: -2147483648
         highest: 2147483647
-        visible: root.selection
+        visible: choosable
+        choosable: root.selection
         onEntered: number => root.camera.ssdAutosaveStart.value = number
     }
     NumberRow {
@@ -45,7 +46,8 @@ ControlGrid {
         value: root.camera.ssdAutosaveCnt.value
         lowest: 0
         highest: 4294967295
-        visible: root.selection
+        visible: choosable
+        choosable: root.selection
         onEntered: number => root.camera.ssdAutosaveCnt.value = number
     }
     ComboRow {
@@ -67,7 +69,8 @@ ControlGrid {
         value: root.camera.ssdNameSeq.value
         lowest: 0
         highest: 4294967295
-        visible: root.autosave
+        visible: choosable
+        choosable: root.autosave
         onEntered: number => root.camera.ssdNameSeq.value = number
     }
     DialogLoader {

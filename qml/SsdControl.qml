@@ -72,6 +72,9 @@ ControlGrid {
         }
     }
     ControlRow {
+        rowHeight: 4
+    }
+    ControlRow {
         rowHeight: Theme.buttonHeight
 
         ControlButton {
@@ -85,6 +88,10 @@ ControlGrid {
             ToolTip.text: qsTr("Eject")
             onClicked: root.camera.ssdUmount()
         }
+    }
+    ControlRow {
+        rowHeight: 4
+        visible: root.formattable
     }
     ControlRow {
         rowHeight: Theme.buttonHeight

@@ -14,6 +14,8 @@ ComboBox {
 
     property string prefix: ""
     required property string units
+    /** The user has changed the text since it was shown; whoever shows a text takes this back. */
+    property bool edited: false
     readonly property T.TextField input: (contentItem as UnitsComboField)?.field ?? null
 
     /** A row of the list as it is shown. */
@@ -37,5 +39,6 @@ ComboBox {
         prefix: root.prefix
         units: root.units
         name: root.Accessible.name
+        onEdited: root.edited = true
     }
 }

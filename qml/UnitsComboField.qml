@@ -16,6 +16,9 @@ FocusScope {
     readonly property alias field: field
     readonly property int textPadding: 4 - box.padding
 
+    /** The user has changed the text. */
+    signal edited
+
     implicitWidth: field.implicitWidth
     implicitHeight: field.implicitHeight
 
@@ -44,6 +47,7 @@ FocusScope {
         selectedTextColor: root.box.palette.highlightedText
         verticalAlignment: Text.AlignVCenter
         Accessible.name: root.name
+        onTextEdited: root.edited()
         onActiveFocusChanged: {
             if (!activeFocus && root.box.editable)
                 root.box.accepted();

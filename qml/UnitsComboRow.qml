@@ -18,8 +18,6 @@ ControlRow {
     property string prefix: ""
     property bool choosable: true
     property alias validator: box.validator
-    /** What the field showed before the user's edit; leaving it as it is enters nothing. */
-    property string shown: ""
 
     /** The user picked an entry or typed an acceptable text. */
     signal entered(string text)
@@ -29,18 +27,24 @@ ControlRow {
         box.input.text = root.listIndex >= 0 ? box.textAt(root.listIndex) : root.unlisted;
     }
 
+    /** Enters what was typed; a field that was left as it was, or that cannot be used any more, enters nothing. */
+    function enterTyped() {
+        if (box.edited && box.input.acceptableInput && root.choosable)
+            root.enter(box.input.text);
+        else
+            root.settle();
+    }
+
     function enter(text) {
-        if (text !== root.shown) {
-            root.shown = text;
-            root.entered(text);
-        }
+        box.edited = false;
+        root.entered(text);
         Qt.callLater(root.settle);
     }
 
     /** After the value has been written, or not. */
     function settle() {
+        box.edited = false;
         root.showCurrent();
-        root.shown = box.input.text;
     }
 
     rowHeight: Theme.buttonHeight
@@ -64,10 +68,7 @@ ControlRow {
             box.focus = false;
         }
         onAccepted: {
-            if (box.input.acceptableInput)
-                root.enter(box.input.text);
-            else
-                root.settle();
+            root.enterTyped();
             box.focus = false;
         }
         Component.onCompleted: root.settle()

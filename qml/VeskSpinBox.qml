@@ -15,9 +15,10 @@ SpinBox {
 
     editable: true
     Keys.onEscapePressed: {
-        // The text of the value again; what was typed is dropped.
+        // The text of the value again, before the box reads it as its focus goes; what was typed is dropped.
         root.input.text = root.textFromValue.call(root, root.value, root.locale);
         root.leave();
+        root.input.text = Qt.binding(() => root.displayText);
     }
     Keys.onReturnPressed: root.leave()
     Keys.onEnterPressed: root.leave()

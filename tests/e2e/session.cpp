@@ -24,9 +24,10 @@ QString Session::startProgram()
     };
     if (!QTest::qWaitFor(shown, 30000))
         return u"the program shows no window"_s;
-    m_geometry = screen.geometry(m_window);
     screen.focus(m_window);
     const auto found = [this] {
+        // The window comes up before it takes its place.
+        m_geometry = screen.geometry(m_window);
         m_layout = WindowLayout(window());
         return m_layout.valid();
     };
@@ -140,6 +141,14 @@ bool Session::pickFromFileMenu(int index) const
 bool Session::wait(const std::function<bool(const QImage &)> &condition) const
 {
     return QTest::qWaitFor([&] { return condition(window()); }, 10000);
+}
+
+bool Session::waitForLivePicture() const
+{
+    if (wait([this](const QImage &) { return shown().frameNumber().has_value(); }))
+        return true;
+    screen.keepPicture(u"no-live-picture"_s);
+    return false;
 }
 
 int Session::count(const QImage &window, const QRect &part, const std::function<bool(QRgb)> &condition)

@@ -56,6 +56,9 @@ public:
     /// Waits for a condition on the window; false after 10 s.
     bool wait(const std::function<bool(const QImage &window)> &condition) const;
 
+    /// Waits for a frame whose number can be read; keeps a picture of what is there instead.
+    bool waitForLivePicture() const;
+
     /// Number of pixels in a part of the window that fulfil a condition.
     static int count(const QImage &window, const QRect &part, const std::function<bool(QRgb)> &condition);
 

@@ -76,7 +76,7 @@ private:
 void TestCameraSession::initTestCase()
 {
     QCOMPARE(m_session.start(), QString());
-    QVERIFY(m_session.wait([this](const QImage &) { return m_session.shown().frameNumber().has_value(); }));
+    QVERIFY(m_session.waitForLivePicture());
 }
 
 void TestCameraSession::cleanup()

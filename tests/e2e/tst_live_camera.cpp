@@ -62,7 +62,7 @@ private:
 void TestLiveCamera::initTestCase()
 {
     QCOMPARE(m_session.start(), QString());
-    QVERIFY(m_session.wait([this](const QImage &) { return m_session.shown().frameNumber().has_value(); }));
+    QVERIFY(m_session.waitForLivePicture());
     m_session.keepPicture(u"window"_s);
     // What follows is in reach without this one.
     m_session.toggleSection(u"Acquisition"_s, true);

@@ -54,7 +54,7 @@ private:
 void TestRecordingSetup::initTestCase()
 {
     QCOMPARE(m_session.start(), QString());
-    QVERIFY(m_session.wait([this](const QImage &) { return m_session.shown().frameNumber().has_value(); }));
+    QVERIFY(m_session.waitForLivePicture());
 }
 
 void TestRecordingSetup::cleanup()

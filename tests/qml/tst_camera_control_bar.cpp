@@ -267,6 +267,13 @@ void TestCameraControlBar::panesAreKeptWithTheCamera()
     QTRY_VERIFY(!m_view.shows(u"Focus Peaking"_s));
     m_view.close();
     QCOMPARE(VeskApp::instance()->setting(u"cameras/Q4-00001/img_tools_pane_expanded"_s), false);
+    const auto kept = [](const QString &name) {
+        return VeskApp::instance()->setting(u"cameras/Q4-00001/%1_pane_expanded"_s.arg(name));
+    };
+    for (const char *name : {"fr_buffer", "img_adj", "ssd", "ssd_autosave", "lens", "video"})
+        QCOMPARE(kept(QString::fromLatin1(name)), true);
+    for (const char *name : {"fw", "trigger", "io1", "io2", "io3", "io4", "io5", "io6", "color_adj"})
+        QCOMPARE(kept(QString::fromLatin1(name)), false);
     QCOMPARE(VeskApp::instance()->setting(u"cameras/Q4-00001/main_pane_expanded"_s), true);
     QCOMPARE(VeskApp::instance()->setting(u"cameras/Q4-00001/acq_pane_expanded"_s), true);
     QVERIFY(m_view.startWithCamera());

@@ -25,6 +25,7 @@ private slots:
     void tagIsInsertedAtTheCursor();
     void templateIsKeptOnCancel();
     void deletionOfAllTakesIsAsked();
+    void deletionIsNotAskedOnceAnotherCameraIsShown();
     void deletionOfAllTakesIsNotAskedWhenTheWarningIsOff();
 
 private:
@@ -253,6 +254,22 @@ void TestDriveDialogs::deletionOfAllTakesIsAsked()
         QCOMPARE(ViewFixture::bodies(*simulated, "POST", u"/del"_s),
                  agreed ? QByteArrayList{"{\"take\":-1}"} : QByteArrayList());
     }
+}
+
+void TestDriveDialogs::deletionIsNotAskedOnceAnotherCameraIsShown()
+{
+    QVERIFY(m_view.startWithCamera());
+    q4sim::Config config;
+    config.address = QHostAddress(ViewFixture::address(2));
+    config.name = u"Second"_s;
+    config.discovery = false;
+    QVERIFY(m_view.simulate(config));
+    QVERIFY(m_view.connectTo(ViewFixture::address(2)));
+    QVERIFY(m_view.click(u"File"_s));
+    QVERIFY(m_view.click(u"Delete All Takes..."_s));
+    QVERIFY(opened(u"VESK"_s));
+    QVERIFY(m_view.click(m_view.window(), m_view.element(u"Second"_s, QAccessible::PageTab)));
+    QTRY_VERIFY(!m_view.dialog(u"VESK"_s));
 }
 
 void TestDriveDialogs::deletionOfAllTakesIsNotAskedWhenTheWarningIsOff()

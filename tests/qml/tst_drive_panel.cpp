@@ -31,6 +31,7 @@ private slots:
     void numbersAreLimited_data();
     void numbersAreLimited();
     void numberFieldShowsWhatTheCameraReports();
+    void pollLeavesANumberThatIsBeingTyped();
 
 private:
     bool enabled(const QString &name) const;
@@ -263,6 +264,33 @@ void TestDrivePanel::numberFieldShowsWhatTheCameraReports()
     QTRY_COMPARE(m_view.fieldText(Autosave, u"Frame Count"_s), u"64"_s);
     simulated->forceValue(u"ssd/autosave/cnt"_s, 4294967295.0);
     QTRY_COMPARE(m_view.fieldText(Autosave, u"Frame Count"_s), u"4294967295"_s);
+}
+
+void TestDrivePanel::pollLeavesANumberThatIsBeingTyped()
+{
+    q4sim::Camera *simulated = startWithMode(3);
+    QVERIFY(simulated);
+    QQuickItem *field = m_view.field(Autosave, u"File Name Seq"_s);
+    const auto startTyping = [&] {
+        return ViewFixture::click(m_view.window(), QAccessible::queryAccessibleInterface(field));
+    };
+    QVERIFY(startTyping());
+    QTest::keySequence(m_view.window(), QKeySequence::SelectAll);
+    QTest::keyClick(m_view.window(), '8');
+    QTest::keyClick(m_view.window(), '9');
+    QCOMPARE(simulated->answer("PUT", u"/ssd/name_seq"_s, "5").status, 200);
+    QTRY_COMPARE(m_view.camera()->ssdNameSeqValue()->variant().toInt(), 5);
+    QCOMPARE(m_view.fieldText(Autosave, u"File Name Seq"_s), u"89"_s);
+    QTest::keyClick(m_view.window(), Qt::Key_Return);
+    QTRY_COMPARE(simulated->value(u"ssd/name_seq"_s).toInt(), 89);
+    // A field that was only visited sends nothing of what it showed before.
+    QVERIFY(startTyping());
+    QCOMPARE(simulated->answer("PUT", u"/ssd/name_seq"_s, "6").status, 200);
+    QTRY_COMPARE(m_view.camera()->ssdNameSeqValue()->variant().toInt(), 6);
+    QTest::keyClick(m_view.window(), Qt::Key_Return);
+    QTRY_COMPARE(m_view.fieldText(Autosave, u"File Name Seq"_s), u"6"_s);
+    QVERIFY(m_view.waitForPolls(2));
+    QCOMPARE(simulated->value(u"ssd/name_seq"_s).toInt(), 6);
 }
 
 VIEW_TEST_MAIN(TestDrivePanel)

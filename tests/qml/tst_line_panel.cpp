@@ -26,6 +26,8 @@ private slots:
     void typedTimeRefuses();
     void arrowsStepInTheUnit();
     void unitsAreKeptByLineAndField();
+    void unitThatIsNoneIsShownInClocks();
+    void unitBeyondTheRangeLeavesTheValue();
     void menuKeyOffersTheUnits();
     void anotherClockRenewsTheText();
     void spinBoxGivesUpFocus();
@@ -222,7 +224,8 @@ void TestLinePanel::typedTimeRefuses()
     q4sim::Camera *simulated = startWith({{u"io4/delay"_s, "1000"}});
     QVERIFY(simulated);
     QTRY_COMPARE(m_view.fieldText(u"I/O 4"_s, u"Delay"_s), u"1000 clks"_s);
-    for (const QString &text : {u""_s, u"fast"_s, u"5 s"_s, u"1.2.3 us"_s, u"us"_s, u"1e3x"_s}) {
+    for (const QString &text : {u""_s, u"fast"_s, u"5 s"_s, u"1.2.3 us"_s, u"us"_s, u"1e3x"_s, u"0x10"_s,
+                                u"1e3"_s, u"Infinity"_s, u"1,5 ms"_s, u"1,50 us"_s}) {
         QVERIFY(m_view.type(u"I/O 4"_s, u"Delay"_s, text));
         QCOMPARE(m_view.fieldText(u"I/O 4"_s, u"Delay"_s), u"1000 clks"_s);
     }
@@ -231,6 +234,9 @@ void TestLinePanel::typedTimeRefuses()
     QVERIFY(!m_view.field(u"I/O 4"_s, u"Delay"_s)->hasActiveFocus());
     QVERIFY(m_view.waitForPolls(2));
     QCOMPARE(ViewFixture::writtenPaths(*simulated), QStringList());
+    // After Escape the field goes on following the camera.
+    QCOMPARE(simulated->answer("PUT", u"/io/io4/delay"_s, "2000").status, 200);
+    QTRY_COMPARE(m_view.fieldText(u"I/O 4"_s, u"Delay"_s), u"2000 clks"_s);
 }
 
 void TestLinePanel::arrowsStepInTheUnit()
@@ -289,6 +295,32 @@ void TestLinePanel::unitsAreKeptByLineAndField()
     QCOMPARE(m_view.fieldText(u"I/O 4"_s, u"Filter"_s), u"1.000 us"_s);
     QCOMPARE(m_view.fieldText(u"Trigger I/O"_s, u"Delay"_s), u"1000 clks"_s);
     QCOMPARE(ViewFixture::writtenPaths(*simulated), QStringList());
+}
+
+void TestLinePanel::unitThatIsNoneIsShownInClocks()
+{
+    VeskApp::instance()->setSetting(u"cameras/Q4-00001/io4_delay_units"_s, 7);
+    VeskApp::instance()->setSetting(u"cameras/Q4-00001/io4_min_units"_s, u"x"_s);
+    QVERIFY(startWith({{u"io4/delay"_s, "1000"}, {u"io4/min"_s, "1000"}}));
+    QTRY_COMPARE(m_view.fieldText(u"I/O 4"_s, u"Delay"_s), u"1000 clks"_s);
+    QTRY_COMPARE(m_view.fieldText(u"I/O 4"_s, u"Min. Width"_s), u"1000 clks"_s);
+}
+
+void TestLinePanel::unitBeyondTheRangeLeavesTheValue()
+{
+    // A step of 1 ms is 150000 clocks: more than lie below this value, and more than the filter has above it.
+    q4sim::Camera *simulated = startWith({{u"io4/signal"_s, "\"fsync\""}, {u"io4/filter"_s, "120000"}});
+    QVERIFY(simulated);
+    QTRY_COMPARE(m_view.fieldText(u"I/O 4"_s, u"Filter"_s), u"120000 clks"_s);
+    simulated->forceValue(u"acq/clk_freq"_s, 150000000);
+    QTRY_COMPARE(m_view.camera()->clkFreqValue()->variant().toInt(), 150000000);
+    // A line reads the clock with its next signal.
+    QVERIFY(m_view.choose(u"I/O 4"_s, u"Signal"_s, u"Trigger"_s));
+    QVERIFY(m_view.choose(u"I/O 4"_s, u"Signal"_s, u"Frame Sync"_s));
+    QVERIFY(pickUnit(u"I/O 4"_s, u"Filter"_s, u"Milliseconds"_s));
+    QTRY_COMPARE(m_view.fieldText(u"I/O 4"_s, u"Filter"_s), u"0.800000 ms"_s);
+    QVERIFY(m_view.waitForPolls(2));
+    QCOMPARE(ViewFixture::bodies(*simulated, "PUT", u"/io/io4/filter"_s), QByteArrayList());
 }
 
 void TestLinePanel::menuKeyOffersTheUnits()

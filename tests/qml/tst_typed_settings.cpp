@@ -39,6 +39,8 @@ private slots:
     void listClosedWithoutAChoiceGivesUpFocus();
     void listMadeAnewLeavesWhatIsBeingTyped();
     void clockOfZeroTakesNoFrameRate();
+    void editThatABoxLosesByBeingDisabledIsDropped();
+    void rateOfTheSameTextIsSentExactly();
 
 private:
     static void addBoxes();
@@ -301,6 +303,34 @@ void TestTypedSettings::clockOfZeroTakesNoFrameRate()
     QVERIFY(m_view.type(Acquisition, u"Frame Rate"_s, u"500"_s));
     QVERIFY(m_view.waitForPolls(2));
     QCOMPARE(simulated->requests("PUT", u"/acq/fr_clks"_s).size(), 0);
+}
+
+void TestTypedSettings::editThatABoxLosesByBeingDisabledIsDropped()
+{
+    q4sim::Camera *simulated = m_view.startWithCamera();
+    QVERIFY(simulated);
+    QQuickItem *field = m_view.field(Acquisition, u"Trigger Offset"_s);
+    QVERIFY(ViewFixture::click(m_view.window(), QAccessible::queryAccessibleInterface(field)));
+    QTest::keySequence(m_view.window(), QKeySequence::SelectAll);
+    QTest::keyClick(m_view.window(), '7');
+    QCOMPARE(m_view.fieldText(Acquisition, u"Trigger Offset"_s), u"7"_s);
+    simulated->forceValue(u"acq/state"_s, 3);
+    QTRY_VERIFY(!field->isEnabled());
+    QVERIFY(m_view.waitForPolls(2));
+    QCOMPARE(ViewFixture::bodies(*simulated, "PUT", u"/acq/trig_offset"_s), QByteArrayList());
+    QCOMPARE(m_view.fieldText(Acquisition, u"Trigger Offset"_s),
+             QString::number(simulated->value(u"acq/trig_offset"_s).toInt()));
+}
+
+void TestTypedSettings::rateOfTheSameTextIsSentExactly()
+{
+    q4sim::Camera *simulated = m_view.startWithCamera();
+    QVERIFY(simulated);
+    // 66667 clocks show as 1499, which is 66711 clocks.
+    QCOMPARE(simulated->answer("PUT", u"/acq/fr_clks"_s, "66667").status, 200);
+    QTRY_COMPARE(m_view.fieldText(Acquisition, u"Frame Rate"_s), u"1499"_s);
+    QVERIFY(m_view.type(Acquisition, u"Frame Rate"_s, u"1499"_s));
+    QTRY_COMPARE(ViewFixture::bodies(*simulated, "PUT", u"/acq/fr_clks"_s), QByteArrayList{"66711"});
 }
 
 VIEW_TEST_MAIN(TestTypedSettings)
