@@ -38,13 +38,19 @@ ControlRow {
     function enter(text) {
         box.edited = false;
         root.entered(text);
-        Qt.callLater(root.settle);
+        Qt.callLater(root.settleUnlessTyping);
     }
 
     /** After the value has been written, or not. */
     function settle() {
         box.edited = false;
         root.showCurrent();
+    }
+
+    /** For later calls: the user may have come to the field meanwhile. */
+    function settleUnlessTyping() {
+        if (!box.activeFocus)
+            root.settle();
     }
 
     rowHeight: Theme.buttonHeight
@@ -91,7 +97,7 @@ ControlRow {
 
             function onModelReset() {
                 if (!box.activeFocus)
-                    Qt.callLater(root.settle);
+                    Qt.callLater(root.settleUnlessTyping);
             }
         }
         Connections {
@@ -99,11 +105,11 @@ ControlRow {
 
             function onListIndexChanged() {
                 if (!box.activeFocus)
-                    Qt.callLater(root.settle);
+                    Qt.callLater(root.settleUnlessTyping);
             }
             function onUnlistedChanged() {
                 if (!box.activeFocus)
-                    Qt.callLater(root.settle);
+                    Qt.callLater(root.settleUnlessTyping);
             }
         }
     }
