@@ -1,8 +1,7 @@
 #include "camera/setting_lists.h"
+#include "tests/camera/walked_frame_rates.h"
 
 #include <benchmark/benchmark.h>
-
-#include <map>
 
 /**
  * The menu of frame rates against the plain walk over every count of clocks, which it must equal: a ratio
@@ -11,22 +10,6 @@
 namespace
 {
 constexpr FrameTiming Timing{.clkFreq = 100000000, .clks = 50000, .clksMin = 1000, .clksMax = 10000000};
-
-QStringList walkedFrameRates(const FrameTiming &timing)
-{
-    std::map<double, QString, std::greater<>> entries;
-    const auto add = [&](uint rate) { entries.emplace(double(rate), QString::number(rate)); };
-    add(timing.clkFreq / timing.clks);
-    add(timing.clkFreq / timing.clksMin);
-    for (uint clks = timing.clksMin; clks <= timing.clksMax; ++clks) {
-        if (timing.clkFreq % clks == 0 && (timing.clkFreq / clks) % 1000 == 0)
-            add(timing.clkFreq / clks);
-    }
-    QStringList texts;
-    for (const auto &[rate, text] : entries)
-        texts << text;
-    return texts;
-}
 
 void frameRates(benchmark::State &state)
 {

@@ -10,7 +10,6 @@ ControlRow {
 
     required property real number
     property bool logarithmic: false
-    readonly property Slider slider: loader.item as Slider
 
     /** The user moved the slider or typed a number. */
     signal entered(real number)

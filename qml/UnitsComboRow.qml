@@ -22,11 +22,6 @@ ControlRow {
     /** The user picked an entry or typed an acceptable text. */
     signal entered(string text)
 
-    function showCurrent() {
-        box.currentIndex = Qt.binding(() => root.listIndex);
-        box.input.text = root.listIndex >= 0 ? box.textAt(root.listIndex) : root.unlisted;
-    }
-
     /** Enters what was typed; a field that was left as it was, or that cannot be used any more, enters nothing. */
     function enterTyped() {
         if (box.edited && box.input.acceptableInput && root.choosable)
@@ -38,16 +33,21 @@ ControlRow {
     function enter(text) {
         box.edited = false;
         root.entered(text);
+        root.settleLater();
+    }
+
+    /** Shows what the camera has. */
+    function settle() {
+        box.edited = false;
+        box.currentIndex = Qt.binding(() => root.listIndex);
+        box.input.text = root.listIndex >= 0 ? box.textAt(root.listIndex) : root.unlisted;
+    }
+
+    /** The same once list and place in it both stand, unless the user has come to the field by then. */
+    function settleLater() {
         Qt.callLater(root.settleUnlessTyping);
     }
 
-    /** After the value has been written, or not. */
-    function settle() {
-        box.edited = false;
-        root.showCurrent();
-    }
-
-    /** For later calls: the user may have come to the field meanwhile. */
     function settleUnlessTyping() {
         if (!box.activeFocus)
             root.settle();
@@ -96,20 +96,17 @@ ControlRow {
             target: root.list
 
             function onModelReset() {
-                if (!box.activeFocus)
-                    Qt.callLater(root.settleUnlessTyping);
+                root.settleLater();
             }
         }
         Connections {
             target: root
 
             function onListIndexChanged() {
-                if (!box.activeFocus)
-                    Qt.callLater(root.settleUnlessTyping);
+                root.settleLater();
             }
             function onUnlistedChanged() {
-                if (!box.activeFocus)
-                    Qt.callLater(root.settleUnlessTyping);
+                root.settleLater();
             }
         }
     }

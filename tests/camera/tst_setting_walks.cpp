@@ -1,4 +1,5 @@
 #include "camera/setting_lists.h"
+#include "tests/camera/walked_frame_rates.h"
 
 #include <QRandomGenerator>
 #include <QTest>
@@ -15,23 +16,6 @@ class TestSettingWalks : public QObject
     Q_OBJECT
 
 private:
-    /** The plain walk: every count of clocks of the range, one at a time. */
-    static QStringList walkedFrameRates(const FrameTiming &timing)
-    {
-        std::map<double, QString, std::greater<>> entries;
-        const auto add = [&](uint rate) { entries.emplace(double(rate), QString::number(rate)); };
-        add(timing.clkFreq / timing.clks);
-        add(timing.clkFreq / timing.clksMin);
-        for (quint64 clks = timing.clksMin; clks <= timing.clksMax; ++clks) {
-            if (timing.clkFreq % clks == 0 && (timing.clkFreq / clks) % 1000 == 0)
-                add(uint(timing.clkFreq / clks));
-        }
-        QStringList texts;
-        for (const auto &[rate, text] : entries)
-            texts << text;
-        return texts;
-    }
-
     /** The exposures step by step, with the two rules of the grid written out. */
     static QStringList steppedExposures(const ExposureTiming &timing)
     {
