@@ -2,6 +2,7 @@
 
 #include "sim/control.h"
 #include "sim/discovery.h"
+#include "sim/frame_run.h"
 #include "sim/http_front.h"
 #include "sim/value_table.h"
 
@@ -58,6 +59,8 @@ QString Camera::listen()
     close();
     if (const QString text = configError(m_config); !text.isEmpty())
         return text;
+    if (!m_model.startError().isEmpty())
+        return m_model.startError();
     auto front = std::make_unique<HttpFront>(*this);
     if (const QString text = front->listen(m_config.address, m_config.port); !text.isEmpty())
         return text;
@@ -112,13 +115,13 @@ void Camera::clearFaults()
     m_faults.clear();
 }
 
-Fault Camera::takeFault(Route route, bool arriving)
+Fault Camera::takeFault(const Request &request, bool arriving)
 {
-    const auto found = m_faults.find(route);
+    const auto found = m_faults.find(routeOf(request));
     if (found == m_faults.end())
         return {};
     const Fault fault = found->second;
-    if (fault.count == 0 || spoilsArrival(fault.kind) != arriving)
+    if (fault.count == 0 || spoilsArrival(fault.kind) != arriving || !concerns(fault, request))
         return {};
     if (fault.count > 0)
         --found->second.count;
@@ -148,6 +151,39 @@ void Camera::setTakeLocked(int number, bool locked)
     m_model.setTakeLocked(number, locked);
 }
 
+int Camera::makeTake(const TakeOrder &order, QString *error)
+{
+    const QMutexLocker lock(&m_mutex);
+    QString text;
+    return m_model.makeTake(order, m_config.clock->nowNs(), error ? error : &text);
+}
+
+void Camera::dropTake(int number)
+{
+    const QMutexLocker lock(&m_mutex);
+    m_model.dropTake(number);
+}
+
+QJsonObject Camera::takeDescription(int number) const
+{
+    const QMutexLocker lock(&m_mutex);
+    return m_model.takeDescription(number, m_config.clock->nowNs());
+}
+
+SceneParams Camera::takeScene(int number) const
+{
+    const QMutexLocker lock(&m_mutex);
+    const auto footage = m_model.footage(number);
+    return footage ? footage->correctedScene() : SceneParams{.width = 0, .height = 0};
+}
+
+qint64 Camera::takeFrameTimeNs(int number, qint64 frame) const
+{
+    const QMutexLocker lock(&m_mutex);
+    const auto footage = m_model.footage(number);
+    return footage ? footage->timeNs(frame) : 0;
+}
+
 SceneParams Camera::sceneParams() const
 {
     const QMutexLocker lock(&m_mutex);
@@ -169,7 +205,10 @@ qint64 Camera::frameTimeNs(qint64 frame) const
 Answer Camera::answer(const QByteArray &method, const QString &path, const QByteArray &body)
 {
     const QMutexLocker lock(&m_mutex);
-    return m_model.handle({method, path, {}, body, m_config.clock->nowNs()});
+    Answer answer = m_model.handle({method, path, {}, body, m_config.clock->nowNs()});
+    if (answer.run)
+        answer.body = answer.run->readAll();
+    return answer;
 }
 
 void Camera::log(const Request &request)
@@ -183,16 +222,31 @@ void Camera::log(const Request &request)
     emit requestReceived(request);
 }
 
+Answer Camera::carryOut(const Request &request, const Fault &fault)
+{
+    if (hasNoEffect(fault.kind))
+        return {};
+    if (fault.kind != FaultKind::Vanish)
+        return m_model.handle(request);
+    const bool breaks = fault.bytes > 0;
+    Answer answer;
+    if (breaks)
+        answer = m_model.handle(request);
+    if (answer.run)
+        answer.run->keep();
+    m_model.dropTake(takeOf(request));
+    return breaks ? answer : m_model.handle(request);
+}
+
 Answer Camera::receive(const Request &request, Fault *fault)
 {
     if (request.path.startsWith(u"/sim/"))
         return control(*this, request);
     log(withoutFile(request));
     const QMutexLocker lock(&m_mutex);
-    *fault = takeFault(routeOf(request), false);
-    Answer answer;
-    if (!hasNoEffect(fault->kind))
-        answer = m_model.handle(request);
+    *fault = takeFault(request, false);
+    Answer answer = carryOut(request, *fault);
+    aim(fault, request, answer);
     spoil(*fault, &answer, m_divisorsKnown);
     const bool isStatus = request.method == "GET" && request.path == u"/";
     if (isStatus && !m_divisorsKnown && fault->kind != FaultKind::NoAnswer)
@@ -216,7 +270,7 @@ Fault Camera::beginUpload(qint64 bodySize)
 {
     const QMutexLocker lock(&m_mutex);
     m_model.beginUpload(bodySize);
-    return takeFault(Route::Q4fw, true);
+    return takeFault({"POST", QStringLiteral("/q4fw"), {}, {}, 0}, true);
 }
 
 void Camera::continueUpload(qint64 received)

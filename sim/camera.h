@@ -68,10 +68,23 @@ public:
     void forceValue(const QString &path, const QJsonValue &value);
     void setTakeLocked(int number, bool locked);
 
+    /// Makes a take at once, as if it had been recorded before. Returns its number, or 0 and one sentence in
+    /// `error`.
+    int makeTake(const TakeOrder &order, QString *error = nullptr);
+    /// Takes a take away whether it is locked or not, as a fault of the camera would.
+    void dropTake(int number);
+    /// What GET of a partition's path shows of it, without any fault; empty for a number that is none.
+    QJsonObject takeDescription(int number) const;
+    /// What the frames of a take are made of, all 0 without the take; pixel() gives any of their bytes.
+    SceneParams takeScene(int number) const;
+    /// Time that a frame's metadata carries, ns since 1970; 0 without the take.
+    qint64 takeFrameTimeNs(int number, qint64 frame) const;
+
     /// Does to the camera what a hand does: plugs, pulls and breaks. Each key is one thing:
     ///   "lens": "mount", "remove" or "fail"          "af_switch": 0 for autofocus, else manual
     ///   "shutter": "work" or "fail" at its next move "sync_fps": signal at the sync input, frames/s; 0: none
     ///   "ssd": "insert", "insert-blank", "insert-broken" or "remove"
+    ///   "lock", "unlock", "drop": number of a take  (drop: it is gone, locked or not)
     /// Returns an empty text, or one sentence on what makes no sense; then nothing is done.
     QString operate(const QJsonObject &order);
 
@@ -96,7 +109,8 @@ private:
     friend class HttpFront;
 
     /// Fault of a request while it comes in, or of its answer; one use of it taken off.
-    Fault takeFault(Route route, bool arriving);
+    Fault takeFault(const Request &request, bool arriving);
+    Answer carryOut(const Request &request, const Fault &fault);
     Answer receive(const Request &request, Fault *fault);
     void log(const Request &request);
 

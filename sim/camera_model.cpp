@@ -56,6 +56,10 @@ CameraModel::CameraModel(const Config &config)
     setFrClks(qRound64(std::min(clkFreq / config.frameRate, double(frClksMax))), nowNs);
     m_expClks = snapExposure(m_frClks / 2, m_frClks);
     m_trigOffset = std::max(m_recorder.partitionFrames() / 2, 1);
+    for (const TakeOrder &order : config.takes) {
+        if (m_startError.isEmpty())
+            makeTake(order, nowNs, &m_startError);
+    }
 }
 
 Answer CameraModel::handle(const Request &request)
@@ -72,6 +76,8 @@ Answer CameraModel::handle(const Request &request)
         return refusal(405, QStringLiteral("method not allowed"));
     if (path.isEmpty())
         return jsonAnswer(status(request.timeNs));
+    if (path.startsWith(u"takes/"))
+        return takeAnswer(path, request.timeNs);
     return refusal(404, QStringLiteral("nothing at /%1").arg(path));
 }
 
@@ -97,7 +103,7 @@ QJsonObject CameraModel::status(qint64 nowNs)
     advance(nowNs);
     QJsonObject doc = m_doc;
     doc["acq"] = acquisition(nowNs);
-    doc["takes"] = QJsonObject{{"take1", take(1, nowNs)}};
+    doc["takes"] = QJsonObject{{"take1", takeCounts(1, nowNs)}};
     setValueAt(doc, QStringLiteral("camera/fw_state"), m_update.state(nowNs));
     doc["lens"] = m_lens.object(nowNs);
     doc["shtr"] = QJsonObject{{"state", m_shutter.state(nowNs)}};
@@ -133,22 +139,6 @@ QJsonObject CameraModel::acquisition(qint64 nowNs) const
     acq["saved_takes"] = numbers(m_recorder.savedTakes());
     acq["locked_takes"] = numbers(m_recorder.lockedTakes());
     return acq;
-}
-
-QJsonObject CameraModel::take(int number, qint64 nowNs) const
-{
-    const Recorder::Take &take = m_recorder.take(number);
-    if (take.saved)
-        return {{"prtn_fr_cnt", take.partitionFrames},
-                {"prtn_pt_cnt", take.lastFrame + 1},
-                {"first_fr", take.firstFrame},
-                {"last_fr", take.lastFrame},
-                {"fr_cnt", take.count()},
-                {"pt_fr_cnt", take.lastFrame + 1}};
-    const bool active = m_recorder.activeTake() == number;
-    return {{"prtn_fr_cnt", m_recorder.partitionFrames()},
-            {"prtn_pt_cnt", m_trigOffset},
-            {"fr_cnt", active ? m_recorder.recordedFrames(m_frameClock.frameAt(nowNs)) : 0}};
 }
 
 QJsonObject CameraModel::drive(qint64 nowNs) const
@@ -233,16 +223,22 @@ SceneParams CameraModel::sceneParams() const
     return params;
 }
 
-Answer CameraModel::transfer(const QJsonObject &arguments, qint64 nowNs)
+std::shared_ptr<const SceneRenderer> CameraModel::rendererFor(const SceneParams &params)
 {
-    if (arguments["type"].toInt() != 3 || !arguments["src"].isDouble())
-        return refusal(400, QStringLiteral("unknown kind of transfer"));
-    if (arguments["src"].toInt() != 1)
-        return refusal(404, QStringLiteral("no such source"));
-    const SceneParams params = sceneParams();
-    if (!m_renderer || m_renderer->params() != params)
-        m_renderer = std::make_unique<SceneRenderer>(params);
-    const qint64 frame = liveFrame(nowNs);
+    // A client that looks at the live picture and at takes in turn has all of them ready.
+    constexpr qsizetype kept = 4;
+    const auto found = std::find_if(m_renderers.begin(), m_renderers.end(),
+                                    [&](const auto &renderer) { return renderer->params() == params; });
+    if (found != m_renderers.end())
+        m_renderers.move(found - m_renderers.begin(), 0);
+    else
+        m_renderers.prepend(std::make_shared<const SceneRenderer>(params));
+    m_renderers.resize(std::min(m_renderers.size(), kept));
+    return m_renderers.first();
+}
+
+Answer CameraModel::frameHeaders(const SceneParams &params) const
+{
     const bool img = m_config.headerFamily == HeaderFamily::Img;
     Answer answer;
     answer.contentType = "application/octet-stream";
@@ -250,7 +246,22 @@ Answer CameraModel::transfer(const QJsonObject &arguments, qint64 nowNs)
                       {img ? "Img-Height" : "Fr-Height", QByteArray::number(params.height)},
                       {img ? "Img-Size" : "Fr-Size", QByteArray::number(params.width * params.height)},
                       {"Meta-Size", QByteArray::number(metaSize)}};
-    answer.body = frameRecord(*m_renderer, frame, frameTimeNs(frame));
+    return answer;
+}
+
+Answer CameraModel::transfer(const QJsonObject &arguments, qint64 nowNs)
+{
+    if (arguments["type"].toInt() != 3 || !arguments["src"].isDouble())
+        return refusal(400, QStringLiteral("unknown kind of transfer"));
+    if (arguments["src"].toInt() == 0)
+        return transferTake(arguments);
+    if (arguments["src"].toInt() != 1)
+        return refusal(404, QStringLiteral("no such source"));
+    const SceneParams params = sceneParams();
+    const qint64 frame = liveFrame(nowNs);
+    const qint64 timeNs = frameTimeNs(frame);
+    Answer answer = frameHeaders(params);
+    answer.body = frameRecord(*rendererFor(params), frame, timeNs, yearStart(timeNs / nsPerSecond));
     return answer;
 }
 

@@ -4,6 +4,7 @@
 #include "sim/devices.h"
 #include "sim/drive.h"
 #include "sim/firmware_update.h"
+#include "sim/footage.h"
 #include "sim/lens.h"
 #include "sim/recorder.h"
 #include "sim/request.h"
@@ -34,6 +35,16 @@ public:
 
     void setTakeLocked(int number, bool locked) { m_recorder.setLocked(number, locked); }
 
+    /// Makes a take at once. Sets `error` to one sentence when it returns 0 instead of the take's number.
+    int makeTake(const TakeOrder &order, qint64 nowNs, QString *error);
+    void dropTake(int number) { m_recorder.drop(number); } ///< locked or not
+    /// What a partition's path shows; empty for a number that is none.
+    QJsonObject takeDescription(int number, qint64 nowNs);
+    /// Of a saved take; null for other numbers.
+    std::shared_ptr<const Footage> footage(int number) const;
+    /// What is wrong with the takes that the camera was to start with; empty if nothing.
+    QString startError() const { return m_startError; }
+
     QString operate(const QJsonObject &order, qint64 nowNs); ///< see Camera::operate()
 
     // A firmware upload on its way in; its request ends it.
@@ -53,7 +64,12 @@ private:
 
     void advance(qint64 nowNs);
     QJsonObject acquisition(qint64 nowNs) const;
-    QJsonObject take(int number, qint64 nowNs) const;
+    QJsonObject takeCounts(int number, qint64 nowNs) const;
+    QJsonObject surroundings(qint64 nowNs) const; ///< what a recording of this moment tells beside its frames
+    std::shared_ptr<Footage> footageNow(qint64 nowNs) const;
+    std::shared_ptr<Footage> footageFor(const TakeOrder &order, qint64 nowNs) const;
+    QString placeInTime(const TakeOrder &order, qint64 nowNs, Footage *footage) const;
+    Answer takeAnswer(const QString &path, qint64 nowNs);
     QJsonObject drive(qint64 nowNs) const;
     int feature(const char *name) const; ///< 0 when it is missing
     bool synced() const;                 ///< frames follow the signal at the sync input
@@ -79,6 +95,7 @@ private:
     Answer putCorrMode(const QString &path, const QJsonValue &value, qint64 nowNs);
     Answer putAutosave(const QString &path, const QJsonValue &value, qint64 nowNs);
     Answer putFstop(const QString &path, const QJsonValue &value, qint64 nowNs);
+    Answer putOfTake(int number, const QString &path, const QByteArray &body, qint64 nowNs);
     Answer putTime(const QString &path, const QJsonValue &value, qint64 nowNs);
     Answer putVideoFormat(const QString &path, const QJsonValue &value, qint64 nowNs);
     Answer putLine(const QString &path, const QJsonValue &value, qint64 nowNs);
@@ -97,6 +114,9 @@ private:
     Answer ssdUmount(const QJsonObject &arguments, qint64 nowNs);
     Answer ssdFormat(const QJsonObject &arguments, qint64 nowNs);
     Answer transfer(const QJsonObject &arguments, qint64 nowNs);
+    Answer transferTake(const QJsonObject &arguments);
+    std::shared_ptr<const SceneRenderer> rendererFor(const SceneParams &params);
+    Answer frameHeaders(const SceneParams &params) const; ///< an answer that has no body yet
     Answer updateFirmware(const Request &request);
 
     Config m_config;
@@ -117,7 +137,8 @@ private:
     Shutter m_shutter;
     Drive m_drive;
     FirmwareUpdate m_update;
-    std::unique_ptr<SceneRenderer> m_renderer; ///< of the last live frame, renewed when its look changes
+    QList<std::shared_ptr<const SceneRenderer>> m_renderers; ///< used last, the newest first
+    QString m_startError;
 };
 
 /// A refusal: an HTTP status and a sentence.

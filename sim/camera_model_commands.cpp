@@ -75,7 +75,7 @@ Answer CameraModel::record(const QJsonObject &, qint64 nowNs)
 
 Answer CameraModel::trigger(const QJsonObject &, qint64 nowNs)
 {
-    if (!m_recorder.trigger(m_frameClock.frameAt(nowNs), m_trigOffset))
+    if (!m_recorder.trigger(m_frameClock.frameAt(nowNs), m_trigOffset, footageNow(nowNs)))
         return refusal(409, QStringLiteral("not recording"));
     return done();
 }
@@ -118,7 +118,8 @@ Answer CameraModel::partition(const QJsonObject &arguments, qint64 nowNs)
     if (*count < 1 || *count > 1024)
         return refusal(400, QStringLiteral("1 to 1024 partitions"));
     if (!m_recorder.partition(*count, m_frameClock.frameAt(nowNs)))
-        return refusal(409, QStringLiteral("triggered, or takes are saved"));
+        return refusal(409, QStringLiteral("triggered, or a take is locked"));
+    m_blackReference.freeSlots();
     updatePartitions(nowNs);
     return done();
 }

@@ -31,12 +31,14 @@ constexpr std::array deeds = {
     Deed{"ssd", "insert-blank"}, Deed{"ssd", "insert-broken"}, Deed{"ssd", "remove"}};
 
 // What is wrong with one entry of an order; empty if nothing.
-QString senseless(const QString &thing, const QJsonValue &deed)
+QString senseless(const QString &thing, const QJsonValue &deed, const Recorder &recorder)
 {
     if (thing == u"af_switch" && deed.isDouble())
         return {};
     if (thing == u"sync_fps" && deed.isDouble() && deed.toDouble() >= 0.0 && deed.toDouble() <= clkFreq)
         return {};
+    if (thing == u"lock" || thing == u"unlock" || thing == u"drop")
+        return recorder.savedTakes().contains(deed.toInt()) ? QString() : QStringLiteral("no such take");
     const bool known = std::any_of(deeds.begin(), deeds.end(), [&](const Deed &d) {
         return thing == QLatin1StringView(d.thing) && deed.toString() == QLatin1StringView(d.deed);
     });
@@ -74,7 +76,7 @@ QString CameraModel::operate(const QJsonObject &order, qint64 nowNs)
 {
     advance(nowNs);
     for (auto it = order.begin(); it != order.end(); ++it) {
-        if (const QString error = senseless(it.key(), it.value()); !error.isEmpty())
+        if (const QString error = senseless(it.key(), it.value(), m_recorder); !error.isEmpty())
             return error;
     }
     const QString lens = order["lens"].toString();
@@ -90,6 +92,9 @@ QString CameraModel::operate(const QJsonObject &order, qint64 nowNs)
         m_shutter.setFails(order["shutter"].toString() == u"fail");
     if (order.contains("sync_fps"))
         setSyncFps(order["sync_fps"].toDouble(), nowNs);
+    m_recorder.setLocked(order["lock"].toInt(), true);
+    m_recorder.setLocked(order["unlock"].toInt(), false);
+    m_recorder.drop(order["drop"].toInt());
     if (!order.contains("ssd"))
         return {};
     // What was being written is lost, and its take is free again.

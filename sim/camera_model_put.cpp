@@ -65,6 +65,8 @@ QString misfit(const ValueRow &row, const QJsonValue &value)
 
 Answer CameraModel::put(const QString &path, const QByteArray &body, qint64 nowNs)
 {
+    if (const int number = takeNumber(path); number > 0)
+        return putOfTake(number, path.section(u'/', 2), body, nowNs);
     const std::optional<ValueRow> row = findValue(path);
     if (!row || valueAt(status(nowNs), path).isUndefined())
         return refusal(404, QStringLiteral("no value at /%1").arg(path));
@@ -76,6 +78,27 @@ Answer CameraModel::put(const QString &path, const QByteArray &body, qint64 nowN
     if (const QString text = misfit(*row, *value); !text.isEmpty())
         return refusal(400, text);
     return (this->*setterFor(path))(path, *value, nowNs);
+}
+
+Answer CameraModel::putOfTake(int number, const QString &path, const QByteArray &body, qint64 nowNs)
+{
+    if (valueAt(takeDescription(number, nowNs), path).isUndefined())
+        return refusal(404, QStringLiteral("take %1 has no value at /%2").arg(number).arg(path));
+    const std::optional<ValueRow> row = findValue(path);
+    const bool open = path == u"acq/corr_mode" || path.startsWith(u"adjust/");
+    if (!open || !row || row->access == Access::ReadOnly)
+        return refusal(403, QStringLiteral("/%1 of a take is read-only").arg(path));
+    if (!m_recorder.take(number).saved)
+        return refusal(409, QStringLiteral("take %1 is not saved").arg(number));
+    const std::optional<QJsonValue> value = scalar(body);
+    if (!value)
+        return refusal(400, QStringLiteral("not a JSON scalar"));
+    if (const QString text = misfit(*row, *value); !text.isEmpty())
+        return refusal(400, text);
+    if (path == u"acq/corr_mode" && (value->toInt() & ~feature("corr_mode")) != 0)
+        return refusal(400, QStringLiteral("no such correction"));
+    setValueAt(m_recorder.take(number).footage->description, path, *value);
+    return accepted();
 }
 
 CameraModel::Setter CameraModel::setterFor(const QString &path)

@@ -63,6 +63,10 @@ QString configError(const Config &config)
         return QStringLiteral("the frame rate must be above 0");
     if (!(config.syncFps >= 0.0) || config.syncFps > clkFreq)
         return QStringLiteral("the sync signal must have 0 to %1 frames per second").arg(clkFreq);
+    for (const TakeOrder &order : config.takes) {
+        if (const QString text = orderError(order); !text.isEmpty())
+            return text;
+    }
     for (auto it = config.features.begin(); it != config.features.end(); ++it) {
         if (!featureNames().contains(it.key()) || it.value() < -1)
             return QStringLiteral("\"%1\" = %2 is no feature").arg(it.key()).arg(it.value());

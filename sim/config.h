@@ -2,6 +2,7 @@
 
 #include "sim/clock.h"
 #include "sim/drive.h"
+#include "sim/footage.h"
 
 #include <QHostAddress>
 #include <QMap>
@@ -59,6 +60,7 @@ struct Config {
         allVideoFormats();         ///< that can be set; 1920x1080p30 is set at start, or else the first
     bool tellsVideoFormats = true; ///< false: there is no video/valid_format
     QByteArray rejectedFirmware;   ///< a file that begins with these bytes is rejected
+    QList<TakeOrder> takes;        ///< that are there at start, made in this order
     quint32 seed = 1;              ///< of the scene's noise
     std::shared_ptr<Clock> clock;  ///< none: the machine's
 };

@@ -67,6 +67,17 @@ Answer hardware(Camera &camera, const Request &request)
     return error.isEmpty() ? jsonAnswer({}) : refusal(400, error);
 }
 
+Answer makeTake(Camera &camera, const Request &request)
+{
+    const QJsonDocument document = QJsonDocument::fromJson(request.body);
+    if (!document.isObject())
+        return refusal(400, QStringLiteral("not a JSON object"));
+    QString error;
+    const std::optional<TakeOrder> order = readTakeOrder(document.object(), &error);
+    const int number = order ? camera.makeTake(*order, &error) : 0;
+    return number ? jsonAnswer({{"take", number}}) : refusal(400, error);
+}
+
 } // namespace
 
 Answer control(Camera &camera, const Request &request)
@@ -80,6 +91,8 @@ Answer control(Camera &camera, const Request &request)
         return log(camera, request);
     if (request.path == u"/sim/force" && write)
         return force(camera, request);
+    if (request.path == u"/sim/take" && write)
+        return makeTake(camera, request);
     if (request.path == u"/sim/hardware" && write)
         return hardware(camera, request);
     if (request.path == u"/sim/state" && read)

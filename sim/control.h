@@ -15,7 +15,8 @@ class Camera;
 ///   GET    /sim/state  {"status": the status document, "requests": count, "frame": live frame number,
 ///                      "upload": see Camera::upload()}
 ///   POST   /sim/force  {"path":PATH,"value":VALUE} shows VALUE at PATH from now on; without "value" no more
-///   POST   /sim/hardware  plugs, pulls and breaks, see Camera::operate()
+///   POST   /sim/take   makes a take, see readTakeOrder(); answers {"take": its number}, refuses with 400
+///   POST   /sim/hardware  plugs, pulls, breaks, and locks and drops takes, see Camera::operate()
 Answer control(Camera &camera, const Request &request);
 
 } // namespace q4sim

@@ -1,5 +1,6 @@
 #include "sim/fault.h"
 
+#include "sim/frame_run.h"
 #include "sim/value_table.h"
 
 #include <QJsonArray>
@@ -18,8 +19,9 @@ struct RouteName {
     const char *name;
     Route route;
 };
-constexpr std::array<RouteName, 7> routeNames = {{{"status", Route::Status},
+constexpr std::array<RouteName, 8> routeNames = {{{"status", Route::Status},
                                                   {"xfer", Route::Xfer},
+                                                  {"takes", Route::Takes},
                                                   {"bref", Route::Bref},
                                                   {"put", Route::Put},
                                                   {"ssd-ls", Route::SsdLs},
@@ -30,7 +32,7 @@ struct KindName {
     const char *name;
     FaultKind kind;
 };
-constexpr std::array<KindName, 15> kindNames = {{{"none", FaultKind::None},
+constexpr std::array<KindName, 16> kindNames = {{{"none", FaultKind::None},
                                                  {"delay", FaultKind::Delay},
                                                  {"drip", FaultKind::Drip},
                                                  {"close-mid-body", FaultKind::CloseMidBody},
@@ -43,6 +45,7 @@ constexpr std::array<KindName, 15> kindNames = {{{"none", FaultKind::None},
                                                  {"missing-keys", FaultKind::MissingKeys},
                                                  {"empty-reply", FaultKind::EmptyReply},
                                                  {"no-answer", FaultKind::NoAnswer},
+                                                 {"vanish", FaultKind::Vanish},
                                                  {"close-upload", FaultKind::CloseUpload},
                                                  {"slow-upload", FaultKind::SlowUpload}}};
 
@@ -79,10 +82,28 @@ void spoilTree(const Fault &fault, Answer *answer, bool knownDivisors)
     answer->body = QJsonDocument(tree).toJson(QJsonDocument::Compact);
 }
 
+// Place in a transfer of the first frame that a fault is set for.
+std::optional<qint64> firstSpoilt(const Fault &fault, const Request &request)
+{
+    if (takeOf(request) == 0 || request.path != u"/xfer")
+        return std::nullopt;
+    const QJsonObject arguments = QJsonDocument::fromJson(request.body).object();
+    const qint64 start = arguments["start"].toInteger();
+    std::optional<qint64> first;
+    for (const qint64 frame : fault.frames) {
+        if (frame >= start && frame - start < arguments["cnt"].toInteger())
+            first = std::min(first.value_or(frame - start), frame - start);
+    }
+    return first;
+}
+
 void cutBody(const Fault &fault, Answer *answer)
 {
-    const qint64 cut = fault.bytes > 0 ? fault.bytes : answer->body.size() / 2;
-    answer->body.chop(std::min<qint64>(cut, answer->body.size()));
+    const qint64 size = bodySize(*answer);
+    const qint64 cut = fault.bytes > 0 ? fault.bytes : size / 2;
+    answer->body.chop(std::min<qint64>(cut, size));
+    if (answer->run)
+        answer->run->cut(cut);
 }
 
 void lie(const Fault &fault, Answer *answer)
@@ -104,7 +125,7 @@ Route routeOf(const Request &request)
     if (request.method == "PUT")
         return Route::Put;
     if (request.method == "GET")
-        return Route::Status;
+        return request.path.startsWith(u"/takes/") ? Route::Takes : Route::Status;
     if (request.path == u"/xfer")
         return Route::Xfer;
     if (request.path == u"/q4fw")
@@ -112,6 +133,36 @@ Route routeOf(const Request &request)
     if (request.path == u"/bref")
         return Route::Bref;
     return request.path == u"/ssd-ls" ? Route::SsdLs : Route::Command;
+}
+
+qint64 bodySize(const Answer &answer)
+{
+    return answer.run ? answer.run->size() : answer.body.size();
+}
+
+int takeOf(const Request &request)
+{
+    if (request.path != u"/xfer")
+        return takeNumber(request.path.mid(1));
+    const QJsonObject arguments = QJsonDocument::fromJson(request.body).object();
+    return arguments["src"].toInt(-1) == 0 ? arguments["take"].toInt() : 0;
+}
+
+bool concerns(const Fault &fault, const Request &request)
+{
+    if (fault.take != 0 && fault.take != takeOf(request))
+        return false;
+    return fault.frames.isEmpty() || firstSpoilt(fault, request).has_value();
+}
+
+void aim(Fault *fault, const Request &request, const Answer &answer)
+{
+    const std::optional<qint64> place = firstSpoilt(*fault, request);
+    if (!place || !answer.run || fault->bytes > 0)
+        return;
+    const qint64 record = answer.run->recordSize();
+    const qint64 bytes = *place * record + record / 2;
+    fault->bytes = fault->kind == FaultKind::ShortBody ? answer.run->size() - bytes : bytes;
 }
 
 bool showsDivisors(const Answer &answer)
@@ -134,6 +185,10 @@ bool hasNoEffect(FaultKind kind)
 
 void spoil(const Fault &fault, Answer *answer, bool knownDivisors)
 {
+    const bool other = fault.kind == FaultKind::Http500 || fault.kind == FaultKind::InvalidJson ||
+                       fault.kind == FaultKind::EmptyReply;
+    if (other)
+        answer->run.reset();
     switch (fault.kind) {
     case FaultKind::Http500:
         answer->status = 500;
@@ -163,6 +218,7 @@ void spoil(const Fault &fault, Answer *answer, bool knownDivisors)
     case FaultKind::Drip:
     case FaultKind::CloseMidBody:
     case FaultKind::NoAnswer:
+    case FaultKind::Vanish:
     case FaultKind::CloseUpload:
     case FaultKind::SlowUpload:
         break;
@@ -188,6 +244,10 @@ std::optional<FaultOrder> readFault(const QJsonObject &order, QString *error)
     result.fault.bytes = order["bytes"].toInteger();
     result.fault.percent = std::clamp(order["percent"].toInt(50), 0, 100);
     result.fault.count = order["count"].toInt(-1);
+    result.fault.take = order["take"].toInt();
+    const QJsonArray frames = order["frames"].toArray();
+    for (const QJsonValue &frame : frames)
+        result.fault.frames.append(frame.toInteger());
     const QJsonArray keys = order["keys"].toArray();
     for (const QJsonValue &key : keys)
         result.fault.keys.append(key.toString());

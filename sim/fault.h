@@ -11,7 +11,7 @@ namespace q4sim
 {
 
 /// Kinds of requests that faults are set for.
-enum class Route { Status, Xfer, Bref, Put, SsdLs, Command, Q4fw };
+enum class Route { Status, Xfer, Takes, Bref, Put, SsdLs, Command, Q4fw }; ///< Takes: descriptions
 
 enum class FaultKind {
     None,
@@ -27,6 +27,8 @@ enum class FaultKind {
     MissingKeys, ///< without `keys` (empty: an empty object), but see below
     EmptyReply,  ///< 200 with an empty body
     NoAnswer,    ///< the connection stays open, nothing is sent and the request has no effect
+    Vanish,      ///< the take asked for is gone, locked or not: 404, or with `bytes` the connection breaks
+                 ///< after so many bytes of its frames
     CloseUpload, ///< breaks the connection when `bytes` bytes (0: `percent`) of a firmware upload are in
     SlowUpload   ///< reads `bytes` bytes (0: 64 KiB) of a firmware upload every `ms`
 };
@@ -44,9 +46,23 @@ struct Fault {
     int count = -1;        ///< requests that are spoilt before the fault ends; -1: until it is cleared
     QStringList keys = {}; ///< paths such as "acq/exp_clks"
     QList<QPair<QByteArray, QByteArray>> headers = {};
+    int take = 0;              ///< spares the frames and descriptions of all other takes; 0: none
+    QList<qint64> frames = {}; ///< spares all transfers that hold none of these frames of a take
 };
 
 Route routeOf(const Request &request);
+
+/// Take that a request asks for by its path or as a transfer; 0 when it asks for none.
+int takeOf(const Request &request);
+
+/// True when `take` and `frames` of a fault do not spare a request.
+bool concerns(const Fault &fault, const Request &request);
+
+/// Of a fault that closes or cuts at frames of its own: puts it into the middle of the first of them.
+void aim(Fault *fault, const Request &request, const Answer &answer);
+
+/// Bytes that an answer's body will have.
+qint64 bodySize(const Answer &answer);
 
 /// Applies a fault that lies in status, headers or body; the others leave the answer alone. `knownDivisors`
 /// tells that a status with the three values above has been sent before.
@@ -61,9 +77,9 @@ bool spoilsArrival(FaultKind kind);
 /// True when the camera does not carry out a request under this fault.
 bool hasNoEffect(FaultKind kind);
 
-/// Reads {"on":ROUTE,"kind":KIND} with the optional keys "ms", "bytes", "percent", "count", "keys" (array)
-/// and "headers" (object). ROUTE and KIND are the enumeration's names in lower case, words joined by "-".
-/// Sets `error` when it returns none.
+/// Reads {"on":ROUTE,"kind":KIND} with the optional keys "ms", "bytes", "percent", "count", "take", "keys"
+/// (array), "frames" (array) and "headers" (object). ROUTE and KIND are the enumeration's names in lower
+/// case, words joined by "-". Sets `error` when it returns none.
 struct FaultOrder {
     Route route;
     Fault fault;

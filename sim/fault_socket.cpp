@@ -34,6 +34,7 @@ void FaultSocket::closeAfter(qint64 bytes)
 {
     m_mode = Mode::Close;
     m_bytes = bytes;
+    m_left = -1;
 }
 
 qint64 FaultSocket::writeData(const char *data, qint64 size)
@@ -60,10 +61,17 @@ void FaultSocket::sendDrop()
 
 void FaultSocket::sendStart()
 {
-    const qsizetype header = m_held.indexOf("\r\n\r\n");
-    if (header < 0 || m_held.size() < header + 4 + m_bytes)
+    const qsizetype header = m_left < 0 ? m_held.indexOf("\r\n\r\n") : 0;
+    if (header < 0)
         return;
-    QTcpSocket::writeData(m_held.constData(), header + 4 + m_bytes);
+    if (m_left < 0)
+        m_left = header + 4 + m_bytes;
+    const qint64 part = std::min<qint64>(m_left, m_held.size());
+    QTcpSocket::writeData(m_held.constData(), part);
+    m_held.remove(0, part);
+    m_left -= part;
+    if (m_left > 0)
+        return;
     m_held.clear();
     m_mode = Mode::Closed;
     // The server is still inside of its write.

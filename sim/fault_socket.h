@@ -24,6 +24,9 @@ public:
     /// Sends the next answer's header and `bytes` bytes of its body, then closes.
     void closeAfter(qint64 bytes);
 
+    /// Bytes that were written and not sent yet.
+    qint64 backlog() const { return bytesToWrite() + m_held.size(); }
+
     /// Breaks the connection when `bytes` bytes of the upload's body are in. Call it at uploadBegan().
     void breakUploadAt(qint64 bytes) { m_breakAt = bytes; }
 
@@ -48,6 +51,7 @@ private:
     Mode m_mode = Mode::Plain;
     QByteArray m_held;
     qint64 m_bytes = 0;
+    qint64 m_left = -1; ///< bytes until the connection closes; -1 while the answer's header is not complete
     QTimer m_timer;
 
     QByteArray m_head;      ///< what has come in of a request, until it is known to be an upload or not

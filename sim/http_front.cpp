@@ -1,6 +1,8 @@
 #include "sim/http_front.h"
 
 #include "sim/camera.h"
+#include "sim/frame_run.h"
+#include "sim/frame_stream.h"
 
 #include <QHostAddress>
 #include <QHttpHeaders>
@@ -35,14 +37,17 @@ Request toRequest(const QHttpServerRequest &received, const Clock &clock)
     return request;
 }
 
-void send(QHttpServerResponder &responder, const Answer &answer)
+QHttpHeaders headersOf(const Answer &answer)
 {
     QHttpHeaders headers;
     headers.append(QHttpHeaders::WellKnownHeader::ContentType, answer.contentType);
     for (const auto &[name, value] : answer.headers)
         headers.append(name, value);
-    responder.write(answer.body, headers, static_cast<QHttpServerResponder::StatusCode>(answer.status));
+    return headers;
 }
+
+// Larger bodies are sent while they are made.
+constexpr qint64 wholeMax = 1 << 20;
 
 } // namespace
 
@@ -74,18 +79,19 @@ bool HttpFront::handleRequest(const QHttpServerRequest &request, QHttpServerResp
 {
     Fault fault;
     const Answer answer = m_camera.receive(toRequest(request, *m_camera.config().clock), &fault);
+    FaultSocket *connection = m_tcp->connection(request.remoteAddress(), request.remotePort());
     if (fault.kind == FaultKind::NoAnswer || fault.kind == FaultKind::Delay) {
-        hold(std::move(responder), answer, fault.kind == FaultKind::Delay ? fault.ms : -1);
+        hold(std::move(responder), answer, connection, fault.kind == FaultKind::Delay ? fault.ms : -1);
         return true;
     }
-    armConnection(fault, answer, request);
-    send(responder, answer);
+    armConnection(fault, answer, connection);
+    send(responder, answer, connection);
     return true;
 }
 
 void HttpFront::missingHandler(const QHttpServerRequest &, QHttpServerResponder &responder)
 {
-    send(responder, refusal(404, QStringLiteral("not found")));
+    send(responder, refusal(404, QStringLiteral("not found")), nullptr);
 }
 
 void HttpFront::watchUploads(FaultSocket *socket)
@@ -102,29 +108,44 @@ void HttpFront::watchUploads(FaultSocket *socket)
             [this](qint64 received) { m_camera.continueUpload(received); });
 }
 
-void HttpFront::armConnection(const Fault &fault, const Answer &answer, const QHttpServerRequest &request)
+void HttpFront::armConnection(const Fault &fault, const Answer &answer, FaultSocket *connection)
 {
-    if (fault.kind != FaultKind::Drip && fault.kind != FaultKind::CloseMidBody)
-        return;
-    FaultSocket *connection = m_tcp->connection(request.remoteAddress(), request.remotePort());
     if (!connection)
         return;
+    const qint64 size = bodySize(answer);
     if (fault.kind == FaultKind::Drip)
         connection->drip(fault.bytes > 0 ? fault.bytes : 1000, fault.ms);
-    else
-        connection->closeAfter(fault.bytes > 0 ? std::min<qint64>(fault.bytes, answer.body.size())
-                                               : answer.body.size() / 2);
+    else if (fault.kind == FaultKind::CloseMidBody)
+        connection->closeAfter(fault.bytes > 0 ? std::min(fault.bytes, size) : size / 2);
+    else if (fault.kind == FaultKind::Vanish && answer.run)
+        connection->closeAfter(std::min(fault.bytes, size));
 }
 
-void HttpFront::hold(QHttpServerResponder &&responder, const Answer &answer, int ms)
+void HttpFront::send(QHttpServerResponder &responder, const Answer &answer, FaultSocket *connection)
+{
+    if (answer.run && answer.run->gone()) {
+        send(responder, refusal(404, QStringLiteral("the take is gone")), connection);
+        return;
+    }
+    const auto status = static_cast<QHttpServerResponder::StatusCode>(answer.status);
+    if (!answer.run)
+        responder.write(answer.body, headersOf(answer), status);
+    else if (answer.run->size() <= wholeMax || !connection)
+        responder.write(answer.run->readAll(), headersOf(answer), status);
+    else // the responder takes it
+        responder.write(std::make_unique<FrameStream>(answer.run, connection).release(), headersOf(answer),
+                        status);
+}
+
+void HttpFront::hold(QHttpServerResponder &&responder, const Answer &answer, FaultSocket *connection, int ms)
 {
     const int id = m_nextHeld++;
     m_held.emplace(id, std::move(responder));
     if (ms < 0)
         return;
-    QTimer::singleShot(ms, this, [this, id, answer] {
+    QTimer::singleShot(ms, this, [this, id, answer, socket = QPointer(connection)] {
         auto node = m_held.extract(id);
-        send(node.mapped(), answer);
+        send(node.mapped(), answer, socket);
     });
 }
 

@@ -31,8 +31,9 @@ protected:
 
 private:
     void watchUploads(FaultSocket *socket);
-    void armConnection(const Fault &fault, const Answer &answer, const QHttpServerRequest &request);
-    void hold(QHttpServerResponder &&responder, const Answer &answer, int ms);
+    static void armConnection(const Fault &fault, const Answer &answer, FaultSocket *connection);
+    void send(QHttpServerResponder &responder, const Answer &answer, FaultSocket *connection);
+    void hold(QHttpServerResponder &&responder, const Answer &answer, FaultSocket *connection, int ms);
 
     Camera &m_camera;
     FaultTcpServer *m_tcp = nullptr;            ///< a child

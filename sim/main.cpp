@@ -47,7 +47,8 @@ int main(int argc, char **argv)
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral(
         "Simulates networked high-speed cameras, one on each address. Faults are set and the requests\n"
-        "received are read over HTTP: see /sim/fault, /sim/log, /sim/state, /sim/force and /sim/hardware\n"
+        "received are read over HTTP: see /sim/fault, /sim/log, /sim/state, /sim/force, /sim/take and "
+        "/sim/hardware\n"
         "in sim/control.h. Without options the camera has everything; --bare is one with nothing."));
     parser.addHelpOption();
     q4sim::addOptions(parser);

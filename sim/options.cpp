@@ -1,5 +1,8 @@
 #include "sim/options.h"
 
+#include <QJsonDocument>
+#include <QJsonObject>
+
 #include <algorithm>
 #include <array>
 #include <limits>
@@ -49,6 +52,10 @@ constexpr std::array options = {
     Option{"video-formats", "list", "", "Video formats such as 1280x720p30,1280x720p60; \"none\": not told."},
     Option{"sync-fps", "fps", "0", "Signal at the sync input; 0: none."},
     Option{"reject-firmware", "text", "", "Firmware files that begin with this are rejected."},
+    Option{"take", "json", "",
+           "A take that is there at start, as for /sim/take, such as "
+           "{\"first\":-100,\"last\":99,\"rate\":59.94}. "
+           "Give it again for one more."},
     Option{"seed", "number", "1", "Seed of the noise."},
 };
 
@@ -128,6 +135,20 @@ void readEquipment(Reader &reader, Config *config)
     config->rejectedFirmware = reader.text("reject-firmware").toUtf8();
 }
 
+void readTakes(Reader &reader, Config *config)
+{
+    const QStringList texts = reader.texts("take");
+    for (const QString &text : texts) {
+        const QJsonDocument document = QJsonDocument::fromJson(text.toUtf8());
+        QString error = QStringLiteral("not a JSON object");
+        const auto order = document.isObject() ? readTakeOrder(document.object(), &error) : std::nullopt;
+        if (order)
+            config->takes.append(*order);
+        else if (!text.isEmpty())
+            reader.fail(QStringLiteral("--take: %1").arg(error));
+    }
+}
+
 Config readCommon(Reader &reader)
 {
     Config config = reader.isSet("bare") ? bareConfig() : Config();
@@ -147,6 +168,7 @@ Config readCommon(Reader &reader)
     config.frameRate = reader.real("frame-rate");
     config.blackRefSlots = static_cast<int>(reader.number("black-refs", 0, 1000000));
     readEquipment(reader, &config);
+    readTakes(reader, &config);
     config.seed = static_cast<quint32>(reader.number("seed", 0, std::numeric_limits<quint32>::max()));
     return config;
 }

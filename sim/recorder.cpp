@@ -1,5 +1,7 @@
 #include "sim/recorder.h"
 
+#include "sim/footage.h"
+
 #include <algorithm>
 
 namespace q4sim
@@ -40,6 +42,13 @@ qint64 Recorder::recordedFrames(qint64 nowFrame) const
     return std::clamp<qint64>(nowFrame - m_startFrame, 0, m_frames);
 }
 
+qint64 Recorder::postTriggerFrames(qint64 nowFrame) const
+{
+    if (m_state != Triggered)
+        return 0;
+    return std::clamp<qint64>(nowFrame - m_triggerFrame, 0, m_postFrames);
+}
+
 int Recorder::freePartition() const
 {
     for (int n = 1; n <= partitionCount(); ++n) {
@@ -65,12 +74,13 @@ bool Recorder::record(qint64 nowFrame)
     return true;
 }
 
-bool Recorder::trigger(qint64 nowFrame, int postFrames)
+bool Recorder::trigger(qint64 nowFrame, int postFrames, std::shared_ptr<Footage> footage)
 {
     if (m_state != Recording)
         return false;
     m_triggerFrame = nowFrame;
     m_postFrames = postFrames;
+    m_footage = std::move(footage);
     m_state = Triggered;
     return true;
 }
@@ -100,12 +110,30 @@ bool Recorder::remove(int number)
 
 bool Recorder::partition(int count, qint64 nowFrame)
 {
-    if (m_state == Triggered || !savedTakes().isEmpty() || count < 1)
+    if (m_state == Triggered || !lockedTakes().isEmpty() || count < 1)
         return false;
     m_takes.assign(static_cast<size_t>(count), {});
     if (m_state == Recording)
         begin(1, nowFrame);
     return true;
+}
+
+void Recorder::drop(int number)
+{
+    if (number >= 1 && number <= partitionCount())
+        m_takes[static_cast<size_t>(number - 1)] = {};
+}
+
+int Recorder::place(int number, const Take &take)
+{
+    for (int n = 1; n <= partitionCount(); ++n) {
+        const bool wanted = number == 0 || n == number;
+        if (!wanted || n == m_active || this->take(n).saved)
+            continue;
+        m_takes[static_cast<size_t>(n - 1)] = take;
+        return n;
+    }
+    return 0;
 }
 
 void Recorder::setPartitionFrames(int frames, qint64 nowFrame)
@@ -123,10 +151,11 @@ void Recorder::advance(qint64 nowFrame)
     Take &take = m_takes[static_cast<size_t>(m_active - 1)];
     take.saved = true;
     take.partitionFrames = m_frames;
-    take.triggerFrame = m_triggerFrame;
     // The ring has overwritten what is older than one partition before the end.
     take.firstFrame = std::max(m_startFrame, end - m_frames) - m_triggerFrame;
     take.lastFrame = m_postFrames - 1;
+    take.footage = std::move(m_footage);
+    take.footage->firstFrame = take.firstFrame;
     begin(m_continuous ? freePartition() : 0, end);
 }
 

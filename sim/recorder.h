@@ -4,10 +4,13 @@
 
 #include <QList>
 
+#include <memory>
 #include <vector>
 
 namespace q4sim
 {
+
+struct Footage;
 
 /// The frame memory: its partitions, and what is recorded into them. Knows no network and no clock: every
 /// operation is given the time, and advance() carries out what happened until then.
@@ -21,10 +24,10 @@ public:
     struct Take {
         bool saved = false;
         bool locked = false;
-        int partitionFrames = 0;
-        qint64 triggerFrame = 0; ///< number of frame 0 on the camera's frame counter
-        qint64 firstFrame = 0;   ///< on the take's own scale, 0 or below
+        qint64 partitionFrames = 0;
+        qint64 firstFrame = 0; ///< on the take's own scale, 0 or below after a recording
         qint64 lastFrame = -1;
+        std::shared_ptr<Footage> footage; ///< nobody else keeps it: it dies with the take
         qint64 count() const { return lastFrame - firstFrame + 1; }
     };
 
@@ -40,13 +43,20 @@ public:
 
     /// Frames in the active partition, at most its size; 0 in standby.
     qint64 recordedFrames(qint64 nowFrame) const;
+    /// Those of them from the trigger on.
+    qint64 postTriggerFrames(qint64 nowFrame) const;
 
     // Each returns false, and changes nothing, when the state does not allow it.
     bool record(qint64 nowFrame);
-    bool trigger(qint64 nowFrame, int postFrames);
+    bool trigger(qint64 nowFrame, int postFrames, std::shared_ptr<Footage> footage);
     bool abort();
-    bool remove(int number); ///< -1: all that are not locked
-    bool partition(int count, qint64 nowFrame);
+    bool remove(int number);                    ///< -1: all that are not locked
+    bool partition(int count, qint64 nowFrame); ///< the takes are gone; a locked one prevents it
+
+    /// Takes a take away, locked or not.
+    void drop(int number);
+    /// Puts a take into a free partition that does not record; 0: the first one. Returns the number, or 0.
+    int place(int number, const Take &take);
 
     /// Size of the partitions that hold no take, from now on. A recording that runs begins anew.
     void setPartitionFrames(int frames, qint64 nowFrame);
@@ -70,6 +80,7 @@ private:
     qint64 m_startFrame = 0;
     qint64 m_triggerFrame = 0;
     int m_postFrames = 0;
+    std::shared_ptr<Footage> m_footage; ///< of the triggered take
 };
 
 } // namespace q4sim

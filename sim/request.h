@@ -6,8 +6,12 @@
 #include <QPair>
 #include <QString>
 
+#include <memory>
+
 namespace q4sim
 {
+
+class FrameRun;
 
 /// One request as it was received.
 struct Request {
@@ -34,6 +38,7 @@ struct Answer {
     QByteArray contentType = "application/json";
     QList<QPair<QByteArray, QByteArray>> headers;
     QByteArray body;
+    std::shared_ptr<FrameRun> run; ///< frames of a take in place of the body
 };
 
 } // namespace q4sim

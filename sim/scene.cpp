@@ -19,24 +19,51 @@ quint8 compand(int linear9)
     return static_cast<quint8>((std::min(linear9, 511) + 511) / 4);
 }
 
-quint8 pixel(const SceneParams &params, qint64 frame, int x, int y)
+namespace
 {
+
+quint8 changed(quint8 code, const PixelChange &change)
+{
+    return static_cast<quint8>(std::clamp(code + change.add, 0, 255));
+}
+
+bool isIn(qint64 frame, const PixelChange &change)
+{
+    return frame >= change.first && frame <= change.last;
+}
+
+quint8 unchangedPixel(const SceneParams &params, qint64 frame, int x, int y)
+{
+    if (params.look == Look::Plain)
+        return static_cast<quint8>(params.code);
     int linear = sample(params, background(params, x, y), x, y);
     const Wheel w = wheel(params);
     const int angle = wheelAngle(w, x - w.x, y - w.y);
-    if (angle != -1)
+    if (angle != -1 && params.look == Look::Moving)
         linear = sample(params, wheelColour(frame, angle), x, y);
-    const auto all = discs(params, frame);
-    for (const Disc &disc : all) {
+    const Discs all = discs(params, frame);
+    for (const Disc &disc : all.discs) {
         const int dx = x - disc.x;
         const int dy = y - disc.y;
-        if (dx * dx + dy * dy <= disc.radius * disc.radius)
+        if (dx * dx + dy * dy <= disc.radius * disc.radius && params.look == Look::Moving)
             linear = sample(params, disc.colour, x, y);
     }
     if (const int lit = panel(params, frame, x, y); lit >= 0)
-        linear = lit ? panelWhite : panelBlack;
+        linear = panelLevel(params, lit);
     const auto index = static_cast<quint32>(y * params.width + x);
     return compand(linear + noise(params, noiseSeed(params, frame), index));
+}
+
+} // namespace
+
+quint8 pixel(const SceneParams &params, qint64 frame, int x, int y)
+{
+    quint8 code = unchangedPixel(params, frame, x, y);
+    for (const PixelChange &change : params.changes) {
+        if (isIn(frame, change) && change.x == x && change.y == y)
+            code = changed(code, change);
+    }
+    return code;
 }
 
 std::optional<qint32> readStrip(const std::function<double(int, int)> &brightness)
@@ -94,33 +121,54 @@ void SceneRenderer::drawWheel(qint64 frame, int y, qint16 *line) const
     }
 }
 
+void SceneRenderer::drawDiscs(const Discs &discs, int y, qint16 *line) const
+{
+    for (const Disc &disc : discs.discs) {
+        const int dy = y - disc.y;
+        const int last = std::min(disc.x + disc.radius, m_params.width - 1);
+        for (int x = std::max(disc.x - disc.radius, 0); x <= last; ++x) {
+            if ((x - disc.x) * (x - disc.x) + dy * dy <= disc.radius * disc.radius)
+                line[x] = static_cast<qint16>(sample(m_params, disc.colour, x, y));
+        }
+    }
+}
+
+void SceneRenderer::drawPanel(qint64 frame, int y, qint16 *line) const
+{
+    if (y < panelY || y >= panelY + panelHeight)
+        return;
+    for (int x = panelX; x < std::min(panelX + panelWidth, m_params.width); ++x) {
+        if (const int lit = panel(m_params, frame, x, y); lit >= 0)
+            line[x] = static_cast<qint16>(panelLevel(m_params, lit));
+    }
+}
+
 void SceneRenderer::render(qint64 frame, quint8 *out) const
 {
     const int w = m_params.width;
-    const auto all = discs(m_params, frame);
+    const Discs all = discs(m_params, frame);
     const quint32 seed = noiseSeed(m_params, frame);
     const quint8 *codes = m_codes.data() + m_params.noise;
     std::vector<qint16> line(static_cast<size_t>(w));
-    for (int y = 0; y < m_params.height; ++y) {
+    quint8 *to = out;
+    if (m_params.look == Look::Plain)
+        std::fill_n(out, w * m_params.height, static_cast<quint8>(m_params.code));
+    for (int y = 0; y < m_params.height && m_params.look != Look::Plain; ++y) {
         std::copy_n(&m_background[static_cast<size_t>(y * w)], w, line.begin());
-        drawWheel(frame, y, line.data());
-        for (const Disc &disc : all) {
-            const int dy = y - disc.y;
-            for (int x = std::max(disc.x - disc.radius, 0); x <= std::min(disc.x + disc.radius, w - 1); ++x) {
-                if ((x - disc.x) * (x - disc.x) + dy * dy <= disc.radius * disc.radius)
-                    line[static_cast<size_t>(x)] = static_cast<qint16>(sample(m_params, disc.colour, x, y));
-            }
+        if (m_params.look == Look::Moving) {
+            drawWheel(frame, y, line.data());
+            drawDiscs(all, y, line.data());
         }
-        if (y >= panelY && y < panelY + panelHeight) {
-            for (int x = panelX; x < std::min(panelX + panelWidth, w); ++x) {
-                if (const int lit = panel(m_params, frame, x, y); lit >= 0)
-                    line[static_cast<size_t>(x)] = static_cast<qint16>(lit ? panelWhite : panelBlack);
-            }
-        }
+        drawPanel(frame, y, line.data());
         const auto first = static_cast<quint32>(y * w);
         for (int x = 0; x < w; ++x)
-            *out++ =
+            *to++ =
                 codes[line[static_cast<size_t>(x)] + noise(m_params, seed, first + static_cast<quint32>(x))];
+    }
+    for (const PixelChange &change : m_params.changes) {
+        quint8 &code = out[change.y * w + change.x];
+        if (isIn(frame, change))
+            code = changed(code, change);
     }
 }
 

@@ -9,6 +9,24 @@
 namespace q4sim
 {
 
+/// What is in front of the sensor.
+enum class Look {
+    Moving, ///< all that is told at pixel()
+    Still,  ///< gradient, lines and bars alone, and the number so faint that it spans an eighth of the scale
+    Plain   ///< one code in every pixel, and no number
+};
+
+/// One pixel that differs from the scene by `add` codes, limited to 0..255, in the frames first to last.
+struct PixelChange {
+    qint64 first = 0;
+    qint64 last = 0;
+    int x = 0;
+    int y = 0;
+    int add = 0;
+
+    bool operator==(const PixelChange &) const = default;
+};
+
 /// All that a pixel depends on beside the frame number and its place.
 struct SceneParams {
     int width = 640;
@@ -17,6 +35,9 @@ struct SceneParams {
     quint32 seed = 1; ///< of the noise
     int gainQ8 = 256; ///< brightness in 1/256; follows the exposure time
     int noise = 5;    ///< amplitude on the 9-bit scale
+    Look look = Look::Moving;
+    int code = 64; ///< of every pixel of a plain picture
+    std::vector<PixelChange> changes = {};
 
     bool operator==(const SceneParams &) const = default;
 };
@@ -32,7 +53,8 @@ quint8 pixel(const SceneParams &params, qint64 frame, int x, int y);
 
 // The strip: blocks of 8x8 pixels from (8, 8) on: white, black, the low 32 bits of the frame number with
 // the most significant first (white is 1), a block that makes the count of white ones among the last 33
-// even, black. Drawn when the picture is at least 304 wide and 48 high.
+// even, black. Drawn when the picture is at least 304 wide and 48 high, and not plain. A number of more than
+// 32 bits can be read from the digits alone.
 constexpr int stripX = 8;
 constexpr int stripY = 8;
 constexpr int stripBlock = 8;
@@ -41,6 +63,11 @@ constexpr int stripBlocks = 36;
 /// Reads the strip of a picture that is neither rotated nor scaled. `brightness` gives the brightness of
 /// the pixel at x and y on any scale. None when there is no strip or its parity is wrong.
 std::optional<qint32> readStrip(const std::function<double(int x, int y)> &brightness);
+
+namespace scene
+{
+struct Discs;
+}
 
 /// Renders whole frames of one scene; keeps what does not move. Safe from several threads.
 class SceneRenderer
@@ -55,6 +82,8 @@ public:
 
 private:
     void drawWheel(qint64 frame, int y, qint16 *line) const;
+    void drawDiscs(const scene::Discs &discs, int y, qint16 *line) const;
+    void drawPanel(qint64 frame, int y, qint16 *line) const;
 
     SceneParams m_params;
     std::vector<qint16> m_background; ///< 9-bit samples of the mosaic

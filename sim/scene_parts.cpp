@@ -135,9 +135,10 @@ Colour wheelColour(qint64 frame, int angle)
     return spoke ? Colour{480, 480, 480} : sectors[static_cast<size_t>(sector)];
 }
 
-std::array<Disc, discCount> discs(const SceneParams &params, qint64 frame)
+Discs discs(const SceneParams &params, qint64 frame)
 {
-    std::array<Disc, discCount> all = {};
+    Discs found = {};
+    auto &all = found.discs;
     const int w = params.width;
     const int ground = params.height * 7 / 8;
     for (int i = 0; i + 1 < discCount; ++i) {
@@ -153,7 +154,7 @@ std::array<Disc, discCount> discs(const SceneParams &params, qint64 frame)
     const int t = floorMod(frame, 640);
     const int rise = (ground - 3 * radius) * t / 160 * (640 - t) / 640;
     all[discCount - 1] = {x, ground - radius - rise, radius, {470, 180, 40}};
-    return all;
+    return found;
 }
 
 int panel(const SceneParams &params, qint64 frame, int x, int y)

@@ -22,6 +22,11 @@ struct Disc {
     Colour colour;
 };
 
+constexpr int discCount = 13;
+struct Discs {
+    std::array<Disc, discCount> discs;
+};
+
 struct Wheel {
     int x;
     int y;
@@ -29,7 +34,6 @@ struct Wheel {
 };
 
 constexpr int turn = 4096; ///< angle units in one turn
-constexpr int discCount = 13;
 
 /// Sample of the site at x and y under a colour, gain applied, 0..511.
 int sample(const SceneParams &params, const Colour &colour, int x, int y);
@@ -42,7 +46,7 @@ int wheelAngle(const Wheel &wheel, int dx, int dy);
 Colour wheelColour(qint64 frame, int angle);
 
 /// The drops, then the ball; a later one hides an earlier one.
-std::array<Disc, discCount> discs(const SceneParams &params, qint64 frame);
+Discs discs(const SceneParams &params, qint64 frame);
 
 /// 1 white, 0 black, -1 where the number's panel is not.
 int panel(const SceneParams &params, qint64 frame, int x, int y);
@@ -50,8 +54,13 @@ constexpr int panelX = 4;
 constexpr int panelY = 4;
 constexpr int panelWidth = 296;
 constexpr int panelHeight = 40;
-constexpr int panelWhite = 470; ///< on the 9-bit scale
-constexpr int panelBlack = 20;
+/// Level of the number's panel on the 9-bit scale.
+constexpr int panelLevel(const SceneParams &params, int lit)
+{
+    if (params.look == Look::Still)
+        return lit ? 100 : 40;
+    return lit ? 470 : 20;
+}
 
 /// Noise of a site, -params.noise .. params.noise.
 inline int noise(const SceneParams &params, quint32 frameSeed, quint32 index)

@@ -1,5 +1,6 @@
 #include "sim/value_table.h"
 
+#include <QRegularExpression>
 #include <QStringList>
 
 #include <array>
@@ -66,7 +67,6 @@ constexpr std::array rows = {
     readOnly("acq/valid_res"),
     readOnly("acq/saved_takes"),
     readOnly("acq/locked_takes"),
-    readOnly("takes/take1/prtn_fr_cnt"),
     readOnly("lens/mount"),
     readOnly("lens/state"),
     readOnly("lens/id"),
@@ -163,6 +163,12 @@ std::optional<ValueRow> findValue(const QString &path)
             return row;
     }
     return std::nullopt;
+}
+
+int takeNumber(const QString &path)
+{
+    static const QRegularExpression form(QStringLiteral("^takes/take([1-9]\\d{0,3})(/|$)"));
+    return form.match(path).captured(1).toInt();
 }
 
 QJsonValue valueAt(const QJsonObject &tree, const QString &path)

@@ -27,6 +27,9 @@ struct ValueRow {
 /// Row of a path such as "acq/exp_clks"; none for a path that is no value.
 std::optional<ValueRow> findValue(const QString &path);
 
+/// Number of the take that a path such as "takes/take3" or "takes/take3/acq/corr_mode" is of; 0 for others.
+int takeNumber(const QString &path);
+
 /// Value at a path of keys joined with "/"; Undefined when a step is missing.
 QJsonValue valueAt(const QJsonObject &tree, const QString &path);
 

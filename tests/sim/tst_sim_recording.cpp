@@ -41,7 +41,8 @@ private slots:
     void deleteAllSparesLockedTakes();
     void deleteIsRefused_data();
     void deleteIsRefused();
-    void partitioningIsRefusedWithSavedTakes();
+    void partitioningDropsTheTakes();
+    void partitioningIsRefusedWithALockedTake();
     void partitioningWhileRecordingBeginsAnew();
     void frameRateChangeWhileTriggeredKeepsTheFrameCount();
 
@@ -296,18 +297,27 @@ void TestSimRecording::deleteIsRefused()
     QCOMPARE(list("acq/saved_takes"), QJsonArray({1}));
 }
 
-void TestSimRecording::partitioningIsRefusedWithSavedTakes()
+void TestSimRecording::partitioningDropsTheTakes()
 {
     recordTake();
-    QCOMPARE(post("/prtn", "{\"cnt\":2}"), 409);
-    QCOMPARE(number("acq/prtn_cnt"), 4);
-    QCOMPARE(post("/del", "{\"take\":-1}"), 200);
+    recordTake();
     QCOMPARE(post("/prtn", "{\"cnt\":2}"), 200);
     QCOMPARE(number("acq/prtn_cnt"), 2);
+    QCOMPARE(list("acq/saved_takes"), QJsonArray());
     QCOMPARE(number("takes/take1/prtn_fr_cnt"), 2 * framesPerPartition);
     QCOMPARE(post("/prtn", "{\"cnt\":0}"), 400);
     QCOMPARE(post("/prtn", "{\"cnt\":1025}"), 400);
     QCOMPARE(number("acq/prtn_cnt"), 2);
+}
+
+void TestSimRecording::partitioningIsRefusedWithALockedTake()
+{
+    recordTake();
+    recordTake();
+    m_camera->setTakeLocked(1, true);
+    QCOMPARE(post("/prtn", "{\"cnt\":2}"), 409);
+    QCOMPARE(number("acq/prtn_cnt"), 4);
+    QCOMPARE(list("acq/saved_takes"), QJsonArray({1, 2}));
 }
 
 void TestSimRecording::partitioningWhileRecordingBeginsAnew()
