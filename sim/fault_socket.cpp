@@ -4,6 +4,7 @@
 #include <QRegularExpression>
 
 #include <algorithm>
+#include <limits>
 
 namespace q4sim
 {
@@ -35,6 +36,13 @@ void FaultSocket::closeAfter(qint64 bytes)
     m_mode = Mode::Close;
     m_bytes = bytes;
     m_left = -1;
+}
+
+qint64 FaultSocket::bytesToWrite() const
+{
+    if (m_mode == Mode::Closed)
+        return std::numeric_limits<qint64>::max();
+    return QTcpSocket::bytesToWrite() + m_held.size();
 }
 
 qint64 FaultSocket::writeData(const char *data, qint64 size)

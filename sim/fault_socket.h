@@ -24,8 +24,9 @@ public:
     /// Sends the next answer's header and `bytes` bytes of its body, then closes.
     void closeAfter(qint64 bytes);
 
-    /// Bytes that were written and not sent yet.
-    qint64 backlog() const { return bytesToWrite() + m_held.size(); }
+    /// With what a fault holds back, as the HTTP server goes by it: it makes no more of a long answer while
+    /// much of it waits. Of a closed connection it is without end.
+    qint64 bytesToWrite() const override;
 
     /// Breaks the connection when `bytes` bytes of the upload's body are in. Call it at uploadBegan().
     void breakUploadAt(qint64 bytes) { m_breakAt = bytes; }

@@ -35,7 +35,7 @@ struct TakeOrder {
     qint64 last = 99;       ///< number of its last frame; as long as all times are in the years 1970 to 2199
     double frameRate = 0.0; ///< 0.1 to 100000000 frames per second; 0: that of the camera
     qint64 triggerNs = 0;   ///< time of frame 0, ns since 1970; 0: so that the last frame ends now
-    QString res;            ///< "WxH", even numbers of 16 to 4096; empty: that of the camera
+    QString res = {};       ///< "WxH", even numbers of 16 to 4096; empty: that of the camera
     Look look = Look::Moving;
     int code = 64;                         ///< of a plain picture's pixels, 0 to 255
     std::vector<PixelChange> changes = {}; ///< inside of the picture

@@ -2,6 +2,7 @@
 
 #include <QIODevice>
 #include <QPointer>
+#include <QTcpSocket>
 #include <QTimer>
 
 #include <memory>
@@ -9,32 +10,28 @@
 namespace q4sim
 {
 
-class FaultSocket;
 class FrameRun;
 
-/// A run of frames for the HTTP server to send. It gives no more than the connection gets rid of, so that a
-/// client that reads slowly costs no memory, and breaks the connection when the take is gone.
+/// A run of frames for the HTTP server to send: drawn as fast as the connection takes them. It breaks the
+/// connection when the take is gone.
 class FrameStream : public QIODevice
 {
     Q_OBJECT
 
 public:
-    FrameStream(std::shared_ptr<FrameRun> run, FaultSocket *socket);
+    FrameStream(std::shared_ptr<FrameRun> run, QTcpSocket *socket);
 
-    bool isSequential() const override { return false; }
     qint64 size() const override;
-    qint64 bytesAvailable() const override; ///< 0 while the connection is full
-    bool atEnd() const override { return pos() >= size(); }
 
 protected:
     qint64 readData(char *data, qint64 max) override;
     qint64 writeData(const char *, qint64) override { return -1; }
 
 private:
-    void look();
+    void breakWhenGone();
 
     std::shared_ptr<FrameRun> m_run;
-    QPointer<FaultSocket> m_socket; ///< the HTTP server owns it
+    QPointer<QTcpSocket> m_socket; ///< the HTTP server owns it
     QTimer m_timer;
 };
 

@@ -20,6 +20,7 @@ private slots:
     void oneCameraIsServedOnEachAddress();
     void optionsReachTheCamera();
     void equipmentReachesTheCamera();
+    void takesAreThereAtStart();
     void bareCameraCanBeGivenThings();
     void largeFirmwareFileIsTaken();
     void oldFirmwareBringsOldHeadersAndYearOffset();
@@ -55,12 +56,12 @@ void TestSimProgram::helpNamesEveryOption()
     QCOMPARE(process.exitCode(), 0);
     const QByteArray help = process.readAllStandardOutput();
     for (const char *option :
-         {"--address",        "--port",        "--no-discovery", "--name",          "--serial",
-          "--pattern",        "--resolutions", "--firmware",     "--headers",       "--year-offset",
-          "--memory",         "--partitions",  "--frame-rate",   "--black-refs",    "--no-lens",
-          "--no-shutter",     "--no-ssd",      "--seed",         "--bare",          "--af-switch",
-          "--shutter-fails",  "--ssd",         "--feature",      "--video-formats", "--sync-fps",
-          "--reject-firmware"})
+         {"--address",         "--port",        "--no-discovery", "--name",          "--serial",
+          "--pattern",         "--resolutions", "--firmware",     "--headers",       "--year-offset",
+          "--memory",          "--partitions",  "--frame-rate",   "--black-refs",    "--no-lens",
+          "--no-shutter",      "--no-ssd",      "--seed",         "--bare",          "--af-switch",
+          "--shutter-fails",   "--ssd",         "--feature",      "--video-formats", "--sync-fps",
+          "--reject-firmware", "--take"})
         QVERIFY2(help.contains(option), option);
 }
 
@@ -134,6 +135,21 @@ void TestSimProgram::equipmentReachesTheCamera()
     QVERIFY(!status["features"].toObject().contains("q4fw"));
     QVERIFY(!status["video"].toObject().contains("valid_format"));
     QCOMPARE(status["acq"]["fr_rate"].toDouble(), 50.0);
+    end(process);
+}
+
+void TestSimProgram::takesAreThereAtStart()
+{
+    QProcess process;
+    start(process, {"--address", "127.0.1.60", "--take", R"({"take":2,"first":-3,"last":5,"rate":59.94})",
+                    "--take", R"({"locked":true})"});
+    HttpClient client("127.0.1.60");
+    const QJsonObject status = client.get().json();
+    QCOMPARE(status["acq"]["saved_takes"].toArray(), QJsonArray({1, 2}));
+    QCOMPARE(status["acq"]["locked_takes"].toArray(), QJsonArray({1}));
+    const QJsonObject told = client.get("/takes/take2").json()["takes"]["take2"].toObject();
+    QCOMPARE(told["fr_cnt"].toInt(), 9);
+    QCOMPARE(told["acq"]["fr_rate"].toDouble(), 59.94);
     end(process);
 }
 

@@ -74,11 +74,14 @@ void TestSimScene::rendererGivesTheBytesOfPixel_data()
     QTest::addColumn<int>("height");
     QTest::addColumn<int>("cfa");
     QTest::addColumn<qint64>("frame");
-    QTest::newRow("colour") << 640 << 480 << 1 << qint64(12345);
-    QTest::newRow("other pattern") << 320 << 240 << 2 << qint64(0);
-    QTest::newRow("before the trigger") << 320 << 120 << 1 << qint64(-77);
-    QTest::newRow("mono") << 1280 << 1024 << 0 << (qint64(1) << 40);
-    QTest::newRow("tiny") << 64 << 32 << 0 << qint64(5);
+    QTest::addColumn<Look>("look");
+    QTest::newRow("colour") << 640 << 480 << 1 << qint64(12345) << Look::Moving;
+    QTest::newRow("other pattern") << 320 << 240 << 2 << qint64(0) << Look::Moving;
+    QTest::newRow("before the trigger") << 320 << 120 << 1 << qint64(-77) << Look::Moving;
+    QTest::newRow("mono") << 1280 << 1024 << 0 << (qint64(1) << 40) << Look::Moving;
+    QTest::newRow("tiny") << 64 << 32 << 0 << qint64(5) << Look::Moving;
+    QTest::newRow("still") << 640 << 480 << 1 << qint64(-12) << Look::Still;
+    QTest::newRow("plain") << 320 << 240 << 0 << qint64(8) << Look::Plain;
 }
 
 void TestSimScene::rendererGivesTheBytesOfPixel()
@@ -87,12 +90,18 @@ void TestSimScene::rendererGivesTheBytesOfPixel()
     QFETCH(int, height);
     QFETCH(int, cfa);
     QFETCH(qint64, frame);
+    QFETCH(Look, look);
     SceneParams params;
     params.width = width;
     params.height = height;
     params.cfa = cfa;
     params.seed = 99;
     params.gainQ8 = 300;
+    params.look = look;
+    params.noise = look == Look::Moving ? 5 : 0;
+    // The same pixel twice, in this frame alone and behind it.
+    params.changes = {
+        {frame, frame, 50, 20, 9}, {frame - 5, frame, 50, 20, 4}, {frame + 1, frame + 9, 3, 3, 9}};
     const std::vector<quint8> frameBytes = render(params, frame);
     qint64 different = 0;
     for (int y = 0; y < height; ++y) {
