@@ -27,8 +27,8 @@ enum class FaultKind {
     MissingKeys, ///< without `keys` (empty: an empty object), but see below
     EmptyReply,  ///< 200 with an empty body
     NoAnswer,    ///< the connection stays open, nothing is sent and the request has no effect
-    Vanish,      ///< the take asked for is gone, locked or not: 404, or with `bytes` the connection breaks
-                 ///< after so many bytes of its frames
+    Vanish,      ///< the take asked for is gone, locked or not: 404 for its frames, or with `bytes` a
+                 ///< connection that breaks after so many bytes of them; its description has become empty
     CloseUpload, ///< breaks the connection when `bytes` bytes (0: `percent`) of a firmware upload are in
     SlowUpload   ///< reads `bytes` bytes (0: 64 KiB) of a firmware upload every `ms`
 };

@@ -77,7 +77,7 @@ bool CameraProcess::put(const QString &path, const QByteArray &json)
 
 bool CameraProcess::setFault(const QString &route, const QString &kind)
 {
-    const QStringList every = {u"status"_s, u"xfer"_s, u"bref"_s, u"put"_s, u"ssd-ls"_s, u"command"_s};
+    const QStringList every = {u"status"_s, u"xfer"_s, u"takes"_s, u"bref"_s, u"put"_s, u"ssd-ls"_s, u"command"_s};
     const QStringList routes = route == "*"_L1 ? every : QStringList{route};
     for (const QString &on : routes) {
         const QByteArray body = QJsonDocument(QJsonObject{{u"on"_s, on}, {u"kind"_s, kind}}).toJson();

@@ -160,6 +160,8 @@ void TestSimControl::senselessHardwareIsRefused_data()
     QTest::newRow("deed of another") << QByteArray(R"({"ssd":"remove","shutter":"remove"})");
     QTest::newRow("number for a deed") << QByteArray(R"({"ssd":"remove","lens":1})");
     QTest::newRow("text for a number") << QByteArray(R"({"ssd":"remove","af_switch":"manual"})");
+    QTest::newRow("no such take") << QByteArray(R"({"ssd":"remove","drop":1})");
+    QTest::newRow("text for a take") << QByteArray(R"({"ssd":"remove","lock":"1"})");
     QTest::newRow("negative signal") << QByteArray(R"({"ssd":"remove","sync_fps":-1})");
 }
 
