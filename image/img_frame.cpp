@@ -1,5 +1,7 @@
 #include "image/img_frame.h"
 
+#include "app/arithmetic.h"
+
 #include <algorithm>
 #include <chrono>
 #include <cmath>
@@ -11,11 +13,6 @@ namespace
 constexpr double MinZoom = 0.75;
 constexpr double MaxZoom = 8.0;
 constexpr double ZoomStep = 0.25;
-
-bool fuzzyEqual(double a, double b)
-{
-    return qFuzzyIsNull(a - b) || qFuzzyCompare(a, b);
-}
 
 /** Limits to 0..max; a value that is no number becomes 0. */
 double limitedPan(double value, double max)

@@ -1,0 +1,164 @@
+#include "image/img_search.h"
+
+#include "app/arithmetic.h"
+#include "image/img_search_worker.h"
+#include "take/playback_vesk_object.h"
+#include "take/raw_frame.h"
+
+#include <QCoreApplication>
+
+#include <algorithm>
+#include <cmath>
+
+namespace
+{
+constexpr double MinThreshold = 0.01;
+constexpr double MaxThreshold = 0.99;
+constexpr double FullScale = 65535.0;
+} // namespace
+
+ImgSearch::ImgSearch(PlaybackVeskObject *source) : QObject(source), m_source(source)
+{
+    connect(source, &PlaybackVeskObject::frChanged, this, &ImgSearch::sourceFrChanged);
+    connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, this, &ImgSearch::cancel);
+}
+
+ImgSearch::~ImgSearch()
+{
+    endThread();
+}
+
+void ImgSearch::setRefFrame(RefFrame refFrame)
+{
+    if (refFrame == m_refFrame)
+        return;
+    m_refFrame = refFrame;
+    emit refFrameChanged();
+}
+
+void ImgSearch::setStep(qlonglong step)
+{
+    if (step == m_step)
+        return;
+    m_step = step;
+    emit stepChanged();
+}
+
+void ImgSearch::setThreshold(double threshold)
+{
+    if (std::isnan(threshold) || fuzzyEqual(threshold, m_threshold))
+        return;
+    // Tells also when the limit brings back the present value, so that a field shows it again.
+    m_threshold = std::clamp(threshold, MinThreshold, MaxThreshold);
+    emit thresholdChanged();
+}
+
+void ImgSearch::setFr(qint64 fr)
+{
+    if (fr == m_fr)
+        return;
+    m_fr = fr;
+    emit frChanged();
+}
+
+void ImgSearch::start(bool forward)
+{
+    cancel();
+    m_source->pause();
+    m_workingStep = m_step;
+    m_startFr = m_source->fr();
+    setFr(m_startFr);
+    m_forward = forward;
+    m_state = Searching;
+    startWorker(quint16(m_threshold * FullScale));
+    emit stateChanged();
+    readFrame(&ImgSearchWorker::init);
+}
+
+void ImgSearch::startWorker(quint16 threshold)
+{
+    const auto reference =
+        m_refFrame == StartFrame ? ImgSearchWorker::Reference::Start : ImgSearchWorker::Reference::Previous;
+    m_worker = new ImgSearchWorker(threshold, reference, m_source->imgAdjModel()->data());
+    m_worker->moveToThread(&m_thread);
+    connect(&m_thread, &QThread::finished, m_worker, &QObject::deleteLater);
+
+    const quint64 number = ++m_searchNumber;
+    const auto forThisSearch = [this, number](void (ImgSearch::*handler)()) {
+        return [this, number, handler] {
+            if (m_state == Searching && number == m_searchNumber)
+                (this->*handler)();
+        };
+    };
+    connect(m_worker, &ImgSearchWorker::compareReady, this, forThisSearch(&ImgSearch::examineNext));
+    connect(m_worker, &ImgSearchWorker::found, this, forThisSearch(&ImgSearch::frameFound));
+    connect(m_worker, &ImgSearchWorker::frameRefused, this, forThisSearch(&ImgSearch::readFailed));
+
+    m_thread.setObjectName(QStringLiteral("ImgSearch Thread"));
+    m_thread.start(QThread::InheritPriority);
+}
+
+void ImgSearch::readFrame(WorkerSlot arrived)
+{
+    // Whoever was told of the step may have cancelled.
+    if (m_state == Idle)
+        return;
+    m_rawFrame = new RawFrame(this);
+    connect(m_rawFrame, &RawFrame::initFinished, m_worker, arrived);
+    connect(m_rawFrame, &RawFrame::initError, this, &ImgSearch::readFailed);
+    if (m_source->getFrame(m_rawFrame, m_fr) < 0)
+        readFailed();
+}
+
+void ImgSearch::examineNext()
+{
+    setFr(saturatedSum(m_fr, saturatedProduct(m_workingStep, m_forward ? 1 : -1)));
+    const qint64 limit = std::max(m_source->aFr(), std::min<qint64>(m_fr, m_source->bFr()));
+    if (limit != m_fr) {
+        setFr(limit);
+        frameFound();
+        return;
+    }
+    readFrame(&ImgSearchWorker::compare);
+}
+
+void ImgSearch::frameFound()
+{
+    m_source->setFr(m_fr);
+    cancel();
+}
+
+void ImgSearch::readFailed()
+{
+    cancel();
+}
+
+void ImgSearch::sourceFrChanged()
+{
+    // A source at rest also tells frChanged when it gets the frame on screen once more, because the last
+    // request was refused or the look has changed; the search goes on then.
+    if (m_source->fr() != m_startFr)
+        cancel();
+}
+
+void ImgSearch::cancel()
+{
+    if (m_state == Idle)
+        return;
+    m_state = Idle;
+    endThread();
+    emit stateChanged();
+}
+
+void ImgSearch::endThread()
+{
+    m_thread.quit();
+    m_thread.wait();
+    m_worker = nullptr;
+    if (!m_rawFrame)
+        return;
+    // A reply may still be on its way and must not meet the next search.
+    m_rawFrame->disconnect();
+    m_rawFrame->deleteLater();
+    m_rawFrame = nullptr;
+}
