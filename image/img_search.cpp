@@ -53,6 +53,11 @@ void ImgSearch::setThreshold(double threshold)
     emit thresholdChanged();
 }
 
+quint16 ImgSearch::thresholdSamples(double threshold)
+{
+    return quint16(threshold * FullScale);
+}
+
 void ImgSearch::setFr(qint64 fr)
 {
     if (fr == m_fr)
@@ -70,16 +75,16 @@ void ImgSearch::start(bool forward)
     setFr(m_startFr);
     m_forward = forward;
     m_state = Searching;
-    startWorker(quint16(m_threshold * FullScale));
+    startWorker();
     emit stateChanged();
     readFrame(&ImgSearchWorker::init);
 }
 
-void ImgSearch::startWorker(quint16 threshold)
+void ImgSearch::startWorker()
 {
     const auto reference =
         m_refFrame == StartFrame ? ImgSearchWorker::Reference::Start : ImgSearchWorker::Reference::Previous;
-    m_worker = new ImgSearchWorker(threshold, reference, m_source->imgAdjModel()->data());
+    m_worker = new ImgSearchWorker(thresholdSamples(m_threshold), reference, m_source->imgAdjModel()->data());
     m_worker->moveToThread(&m_thread);
     connect(&m_thread, &QThread::finished, m_worker, &QObject::deleteLater);
 

@@ -45,6 +45,8 @@ public:
     /** Largest difference of a pixel that counts as none, as a fraction of full scale; 0.01 to 0.99. */
     double threshold() const { return m_threshold; }
     void setThreshold(double threshold);
+    /** A threshold in whole 16-bit samples, cut off. */
+    static quint16 thresholdSamples(double threshold);
     /** The frame under examination. */
     qlonglong fr() const { return m_fr; }
 
@@ -63,7 +65,7 @@ signals:
 private:
     using WorkerSlot = void (ImgSearchWorker::*)();
 
-    void startWorker(quint16 threshold);
+    void startWorker();
     void setFr(qint64 fr);
     void readFrame(WorkerSlot arrived);
     void examineNext();
