@@ -84,9 +84,9 @@ void ImgSearch::startWorker()
 {
     const auto reference =
         m_refFrame == StartFrame ? ImgSearchWorker::Reference::Start : ImgSearchWorker::Reference::Previous;
-    m_worker = new ImgSearchWorker(thresholdSamples(m_threshold), reference, m_source->imgAdjModel()->data());
+    m_worker = std::make_unique<ImgSearchWorker>(thresholdSamples(m_threshold), reference,
+                                                 m_source->imgAdjModel()->data());
     m_worker->moveToThread(&m_thread);
-    connect(&m_thread, &QThread::finished, m_worker, &QObject::deleteLater);
 
     const quint64 number = ++m_searchNumber;
     const auto forThisSearch = [this, number](void (ImgSearch::*handler)()) {
@@ -95,9 +95,9 @@ void ImgSearch::startWorker()
                 (this->*handler)();
         };
     };
-    connect(m_worker, &ImgSearchWorker::compareReady, this, forThisSearch(&ImgSearch::examineNext));
-    connect(m_worker, &ImgSearchWorker::found, this, forThisSearch(&ImgSearch::frameFound));
-    connect(m_worker, &ImgSearchWorker::frameRefused, this, forThisSearch(&ImgSearch::readFailed));
+    connect(m_worker.get(), &ImgSearchWorker::compareReady, this, forThisSearch(&ImgSearch::examineNext));
+    connect(m_worker.get(), &ImgSearchWorker::found, this, forThisSearch(&ImgSearch::frameFound));
+    connect(m_worker.get(), &ImgSearchWorker::frameRefused, this, forThisSearch(&ImgSearch::readFailed));
 
     m_thread.setObjectName(QStringLiteral("ImgSearch Thread"));
     m_thread.start(QThread::InheritPriority);
@@ -109,7 +109,7 @@ void ImgSearch::readFrame(WorkerSlot arrived)
     if (m_state == Idle)
         return;
     m_rawFrame = new RawFrame(this);
-    connect(m_rawFrame, &RawFrame::initFinished, m_worker, arrived);
+    connect(m_rawFrame, &RawFrame::initFinished, m_worker.get(), arrived);
     connect(m_rawFrame, &RawFrame::initError, this, &ImgSearch::readFailed);
     if (m_source->getFrame(m_rawFrame, m_fr) < 0)
         readFailed();
@@ -117,6 +117,7 @@ void ImgSearch::readFrame(WorkerSlot arrived)
 
 void ImgSearch::examineNext()
 {
+    dropRawFrame();
     setFr(saturatedSum(m_fr, saturatedProduct(m_workingStep, m_forward ? 1 : -1)));
     const qint64 limit = std::max(m_source->aFr(), std::min<qint64>(m_fr, m_source->bFr()));
     if (limit != m_fr) {
@@ -159,10 +160,16 @@ void ImgSearch::endThread()
 {
     m_thread.quit();
     m_thread.wait();
-    m_worker = nullptr;
+    // Not on its own thread: with it go its connections to the frame, which belongs to this one.
+    m_worker.reset();
+    dropRawFrame();
+}
+
+void ImgSearch::dropRawFrame()
+{
     if (!m_rawFrame)
         return;
-    // A reply may still be on its way and must not meet the next search.
+    // Its reply may still be on the way and must not meet the next search.
     m_rawFrame->disconnect();
     m_rawFrame->deleteLater();
     m_rawFrame = nullptr;

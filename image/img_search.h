@@ -5,6 +5,8 @@
 #include <QThread>
 #include <QtQmlIntegration>
 
+#include <memory>
+
 class ImgSearchWorker;
 class PlaybackVeskObject;
 class RawFrame;
@@ -73,6 +75,8 @@ private:
     void readFailed();
     void sourceFrChanged();
     void endThread();
+    /** Only while the worker does not look at the frame. */
+    void dropRawFrame();
 
     PlaybackVeskObject *m_source;
     State m_state = Idle;
@@ -80,8 +84,8 @@ private:
     qint64 m_step = 100;
     double m_threshold = 0.5;
     qint64 m_fr = 0;
-    ImgSearchWorker *m_worker = nullptr;
     QThread m_thread;
+    std::unique_ptr<ImgSearchWorker> m_worker;
     qint64 m_workingStep = 0;
     bool m_forward = true;
     qint64 m_startFr = 0;

@@ -28,7 +28,7 @@ bool ImgSearchWorker::load(const RawFrame *rawFrame, Side &side)
 
 void ImgSearchWorker::init()
 {
-    auto *rawFrame = qobject_cast<RawFrame *>(sender());
+    const auto *rawFrame = qobject_cast<RawFrame *>(sender());
     m_a.frame = new VeskFrame(&m_adj, this);
     m_a.frame->setObjectName(QStringLiteral("A"));
     m_b.frame = new VeskFrame(&m_adj, this);
@@ -38,13 +38,12 @@ void ImgSearchWorker::init()
         emit frameRefused();
         return;
     }
-    rawFrame->deleteLater();
     emit compareReady();
 }
 
 void ImgSearchWorker::compare()
 {
-    auto *rawFrame = qobject_cast<RawFrame *>(sender());
+    const auto *rawFrame = qobject_cast<RawFrame *>(sender());
     if (!load(rawFrame, *m_target) || m_a.gray.size() != m_b.gray.size()) {
         emit frameRefused();
         return;
@@ -56,6 +55,5 @@ void ImgSearchWorker::compare()
     }
     if (m_reference == Reference::Previous)
         m_target = m_target == &m_b ? &m_a : &m_b;
-    rawFrame->deleteLater();
     emit compareReady();
 }

@@ -311,8 +311,8 @@ void TestImgSearch::lookIsThatOfTheStart()
 
 void TestImgSearch::overlaysAreCompared()
 {
-    // From 57840 to 65535 the pixel changes by less than the threshold of 19660. Painted red, as it is when it
-    // is saturated, it is as dark as 0.299 of full scale, 19595, which is 38245 away.
+    // From 57840 to 65535 the pixel changes by less than the threshold of 19660. Painted red, as it is when
+    // it is saturated, it becomes darker by much more, whatever share of the gray red is given.
     const auto search = [](ImgAdjModel::ExpAssist expAssist) {
         const auto source = sourceAt(0);
         source->pixels = [](qlonglong fr) { return onePixel(fr < 50 ? 240 : 255); };

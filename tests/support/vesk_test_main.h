@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/vesk_app.h"
+#include "tests/support/thread_sanitizer.h"
 
 #include <QNetworkAccessManager>
 #include <QTemporaryDir>
@@ -24,6 +25,7 @@ private:
 template <class Test> int runVeskTest(int argc, char *argv[])
 {
     const TestFolders folders;
+    prepareThreadSanitizer();
     int appArgc = 1;
     VeskApp app(appArgc, argv, QStringLiteral("VESK"), QStringLiteral("10.0"),
                 QStringLiteral("morvane.example"), QStringLiteral("Morvane"));
