@@ -1,57 +1,18 @@
-#include "image/img_search.h"
-#include "tests/support/playback_source.h"
+#include "tests/image/search_source.h"
 #include "tests/support/vesk_test_main.h"
 
-#include <QRegularExpression>
-#include <QSignalSpy>
-
 #include <cmath>
-#include <memory>
+#include <limits>
 
 namespace
 {
 /** The gray level, of 65535, of a pixel with code 127, which is 127/511 of full scale. */
 constexpr int Level127 = 16288;
 
-using Numbers = QList<qlonglong>;
-
 /** The threshold that comes to so many samples. */
 double thresholdOf(int samples)
 {
     return (samples + 0.5) / 65535.0;
-}
-
-/** Black, with one pixel of this code. */
-QByteArray onePixel(int code)
-{
-    QByteArray pixels(4, '\0');
-    pixels[2] = char(code);
-    return pixels;
-}
-
-/** A source at a frame of its recording. It is not selected, so that what it is asked for is the search's. */
-std::unique_ptr<PlaybackSource> sourceAt(qlonglong fr, int firstFr = 0, int lastFr = 100)
-{
-    auto source = std::make_unique<PlaybackSource>();
-    source->open(firstFr, lastFr);
-    source->setFr(fr);
-    source->answersAtOnce = true;
-    source->imgSearch()->setStep(10);
-    return source;
-}
-
-bool ends(const PlaybackSource &source)
-{
-    const ImgSearch *search = source.imgSearch();
-    if (search->state() == ImgSearch::Searching)
-        QSignalSpy(search, &ImgSearch::stateChanged).wait();
-    return search->state() == ImgSearch::Idle;
-}
-
-/** Whether a search by hand gets so far that it reads this frame. */
-bool reads(const PlaybackSource &source, qlonglong fr)
-{
-    return QTest::qWaitFor([&] { return !source.asked.isEmpty() && source.asked.last() == fr; });
 }
 } // namespace
 
@@ -78,21 +39,6 @@ private slots:
     void stepChangedDuringASearchWaitsForTheNext();
     void lookIsThatOfTheStart();
     void overlaysAreCompared();
-    void cancelInMidReadLeavesTheFrame();
-    void lateFailureMeetsNoSearch();
-    void newStartReplacesTheSearchThatRuns();
-    void everyRestartReadsItsOwnFramesOnly();
-    void changeOfTheFrameEndsTheSearch();
-    void frameAskedForOnceMoreDoesNotEndTheSearch();
-    void frameThatFailsEndsTheSearch_data();
-    void frameThatFailsEndsTheSearch();
-    void frameThatCannotBeAskedForEndsTheSearch();
-    void frameThatIsNoFrameEndsTheSearch();
-    void frameOfAnotherSizeEndsTheSearch();
-    void handlerThatCancelsEndsTheReading();
-    void quitEndsTheSearch();
-    void sourceMayGoInMidSearch();
-    void noFrameIsLeftBehind();
 };
 
 void TestImgSearch::newSearchIsIdleWithItsDefaults()
@@ -323,206 +269,6 @@ void TestImgSearch::overlaysAreCompared()
     };
     QCOMPARE(search(ImgAdjModel::ExpAssistDisabled), 100);
     QCOMPARE(search(ImgAdjModel::ExpAssistEnabled), 50);
-}
-
-void TestImgSearch::cancelInMidReadLeavesTheFrame()
-{
-    const auto source = sourceAt(0);
-    source->answersAtOnce = false;
-    source->imgSearch()->start(true);
-    source->answer();
-    QVERIFY(reads(*source, 10));
-    source->imgSearch()->cancel();
-    QCOMPARE(source->imgSearch()->state(), ImgSearch::Idle);
-    QCOMPARE(source->fr(), 0);
-    source->answer();
-    QTRY_VERIFY(!source->requested);
-    QCOMPARE(source->imgSearch()->state(), ImgSearch::Idle);
-    QCOMPARE(source->asked, (Numbers{0, 10}));
-}
-
-void TestImgSearch::lateFailureMeetsNoSearch()
-{
-    const auto source = sourceAt(0);
-    source->answersAtOnce = false;
-    source->imgSearch()->start(true);
-    const QPointer<RawFrame> early = source->requested;
-    source->imgSearch()->start(true);
-    QVERIFY(early);
-    emit early->initError();
-    QCOMPARE(source->imgSearch()->state(), ImgSearch::Searching);
-    source->answer();
-    QVERIFY(reads(*source, 10));
-    QTRY_VERIFY(!early);
-    source->imgSearch()->cancel();
-}
-
-void TestImgSearch::newStartReplacesTheSearchThatRuns()
-{
-    const auto source = sourceAt(50);
-    source->answersAtOnce = false;
-    QSignalSpy stateChanged(source->imgSearch(), &ImgSearch::stateChanged);
-    source->imgSearch()->start(true);
-    source->answer();
-    QVERIFY(reads(*source, 60));
-    source->imgSearch()->start(false);
-    QCOMPARE(stateChanged.count(), 3);
-    QCOMPARE(source->imgSearch()->fr(), 50);
-    source->answersAtOnce = true;
-    source->answer();
-    QVERIFY(ends(*source));
-    QCOMPARE(source->asked, (Numbers{50, 60, 50, 40, 30, 20, 10, 0}));
-    QCOMPARE(source->fr(), 0);
-}
-
-void TestImgSearch::everyRestartReadsItsOwnFramesOnly()
-{
-    // What a worker has said just before its search was replaced lies in the event queue.
-    for (int i = 0; i < 100; ++i) {
-        const auto source = sourceAt(50);
-        source->imgSearch()->start(true);
-        // Longer each time, so that the replacement meets the first search at every point.
-        for (int round = 0; round < i % 7; ++round)
-            QCoreApplication::processEvents();
-        if (source->imgSearch()->state() == ImgSearch::Idle)
-            continue;
-        source->asked.clear();
-        source->imgSearch()->start(false);
-        QVERIFY(ends(*source));
-        QCOMPARE(source->asked, (Numbers{50, 40, 30, 20, 10, 0}));
-    }
-}
-
-void TestImgSearch::changeOfTheFrameEndsTheSearch()
-{
-    const auto source = sourceAt(0);
-    source->answersAtOnce = false;
-    source->imgSearch()->start(true);
-    source->stepFrFwd();
-    QCOMPARE(source->imgSearch()->state(), ImgSearch::Idle);
-    QCOMPARE(source->fr(), 1);
-}
-
-void TestImgSearch::frameAskedForOnceMoreDoesNotEndTheSearch()
-{
-    const auto source = sourceAt(30);
-    source->answersAtOnce = false;
-    source->imgSearch()->start(true);
-    QSignalSpy changed(source.get(), &PlaybackVeskObject::frChanged);
-    source->tick();
-    source->refreshIfPaused();
-    QCOMPARE(changed.count(), 2);
-    QCOMPARE(source->imgSearch()->state(), ImgSearch::Searching);
-}
-
-void TestImgSearch::frameThatFailsEndsTheSearch_data()
-{
-    QTest::addColumn<int>("goodFrames");
-    QTest::newRow("the first") << 0;
-    QTest::newRow("the second") << 1;
-    QTest::newRow("the third") << 2;
-}
-
-void TestImgSearch::frameThatFailsEndsTheSearch()
-{
-    QFETCH(int, goodFrames);
-    const auto source = sourceAt(0);
-    source->answersAtOnce = false;
-    source->imgSearch()->start(true);
-    for (int i = 0; i < goodFrames; ++i) {
-        source->answer();
-        QVERIFY(reads(*source, 10 * (i + 1)));
-    }
-    source->fail();
-    QCOMPARE(source->imgSearch()->state(), ImgSearch::Idle);
-    QCOMPARE(source->fr(), 0);
-    QTRY_VERIFY(!source->requested);
-}
-
-void TestImgSearch::frameThatCannotBeAskedForEndsTheSearch()
-{
-    const auto source = sourceAt(0);
-    source->answersAtOnce = false;
-    source->result = -1;
-    source->imgSearch()->start(true);
-    QCOMPARE(source->imgSearch()->state(), ImgSearch::Idle);
-    QTRY_VERIFY(!source->requested);
-}
-
-void TestImgSearch::frameThatIsNoFrameEndsTheSearch()
-{
-    const auto source = sourceAt(0);
-    source->answersAtOnce = false;
-    source->imgSearch()->start(true);
-    source->answer();
-    QVERIFY(reads(*source, 10));
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^Frame refused: impossible size")));
-    source->requested->init({}, 0, 0, 0, 0, 0);
-    QVERIFY(ends(*source));
-    QCOMPARE(source->fr(), 0);
-    QTRY_VERIFY(!source->requested);
-}
-
-void TestImgSearch::frameOfAnotherSizeEndsTheSearch()
-{
-    const auto source = sourceAt(0);
-    source->answersAtOnce = false;
-    source->imgSearch()->start(true);
-    source->answer();
-    QVERIFY(reads(*source, 10));
-    source->size = {4, 4};
-    source->pixels = [](qlonglong) { return QByteArray(16, '\xff'); };
-    source->answer();
-    QVERIFY(ends(*source));
-    QCOMPARE(source->fr(), 0);
-}
-
-void TestImgSearch::handlerThatCancelsEndsTheReading()
-{
-    const auto source = sourceAt(0);
-    ImgSearch *search = source->imgSearch();
-    connect(search, &ImgSearch::frChanged, search, [search] {
-        if (search->fr() == 20)
-            search->cancel();
-    });
-    search->start(true);
-    QVERIFY(ends(*source));
-    QCOMPARE(source->asked, (Numbers{0, 10}));
-    QCOMPARE(source->fr(), 0);
-}
-
-void TestImgSearch::quitEndsTheSearch()
-{
-    const auto source = sourceAt(0);
-    source->answersAtOnce = false;
-    source->imgSearch()->start(true);
-    QMetaObject::invokeMethod(qApp, [] { QCoreApplication::quit(); }, Qt::QueuedConnection);
-    QCoreApplication::exec();
-    QCOMPARE(source->imgSearch()->state(), ImgSearch::Idle);
-    QCOMPARE(source->fr(), 0);
-}
-
-void TestImgSearch::sourceMayGoInMidSearch()
-{
-    for (int i = 0; i < 20; ++i) {
-        auto source = sourceAt(0, 0, 100000);
-        source->imgSearch()->setStep(1);
-        source->imgSearch()->start(true);
-        for (int round = 0; round < i; ++round)
-            QCoreApplication::processEvents();
-        const QPointer<ImgSearch> search = source->imgSearch();
-        source.reset();
-        QVERIFY(!search);
-    }
-}
-
-void TestImgSearch::noFrameIsLeftBehind()
-{
-    const auto source = sourceAt(0);
-    source->pixels = [](qlonglong fr) { return onePixel(fr >= 50 ? 255 : 0); };
-    source->imgSearch()->start(true);
-    QVERIFY(ends(*source));
-    QTRY_COMPARE(source->imgSearch()->findChildren<RawFrame *>().size(), 0);
 }
 
 VESK_TEST_MAIN(TestImgSearch)

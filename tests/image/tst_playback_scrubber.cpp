@@ -1,29 +1,22 @@
-#include "image/playback_scrubber_template.h"
+#include "tests/image/scrubber_window.h"
 
-#include <QQuickWindow>
 #include <QSignalSpy>
-#include <QTest>
 
-#include <cmath>
 #include <limits>
-#include <memory>
 
-using Handle = PlaybackScrubberHandleObject;
-
-/** The bar of playback, worked with real pointer events: 200 wide at (50, 40) of a window. */
-class TestPlaybackScrubber : public QObject
+/** Where the handles of the bar of playback may stand. */
+class TestPlaybackScrubber : public QObject, private ScrubberWindow
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init() { open(); }
+    void cleanup() { close(); }
     void handlesStartWithoutARange();
     void framesAreIgnoredUntilTheRangeIsSet();
     void rangeOpensEverything();
     void impossibleRangeChangesNothing();
     void sameRangeChangesNothing();
-    void rangeOfOneFrameStandsAtTheStart();
     void newRangeTakesTheHandlesAlong();
     void framesKeepTheirPlaces_data();
     void framesKeepTheirPlaces();
@@ -31,68 +24,8 @@ private slots:
     void positionsFollowTheFrames();
     void triggerStandsAtFrameZero_data();
     void triggerStandsAtFrameZero();
-    void pressOnTheTrackMovesThePlayHead_data();
-    void pressOnTheTrackMovesThePlayHead();
-    void pressBesideTheMarkersStopsAtThem();
-    void markersWinOverThePlayHead();
-    void draggedPlayHeadStaysBetweenTheMarkers();
-    void draggedMarkerTakesThePlayHeadAlong();
-    void draggedMarkersDoNotCross();
-    void dragBeyondTheBarStopsAtTheEnds();
-    void moveWithoutAPressMovesNothing();
-    void otherButtonsAreLetThrough();
-    void lostGrabReleases();
-    void pointerTellsWhatItIsOver();
     void handleItemWithoutParentJoinsTheScrubber();
-    void rangeBeyondTwoToTheThirtyFirst();
-    void widestRangeIsSafe();
-
-private:
-    static constexpr QPoint Origin{50, 40};
-
-    QQuickItem *addItem(Handle *handle);
-    /** Puts the items where the handles are, as a view does. */
-    void layOut();
-    void press(int x) { QTest::mousePress(m_window.get(), Qt::LeftButton, {}, Origin + QPoint(x, 10)); }
-    void moveTo(int x) { QTest::mouseMove(m_window.get(), Origin + QPoint(x, 10)); }
-    void release(int x) { QTest::mouseRelease(m_window.get(), Qt::LeftButton, {}, Origin + QPoint(x, 10)); }
-
-    std::unique_ptr<QQuickWindow> m_window;
-    PlaybackScrubberTemplate *m_scrubber = nullptr;
 };
-
-void TestPlaybackScrubber::init()
-{
-    m_window = std::make_unique<QQuickWindow>();
-    m_window->resize(300, 100);
-    m_scrubber = new PlaybackScrubberTemplate(m_window->contentItem());
-    m_scrubber->setPosition(Origin);
-    m_scrubber->setSize(QSizeF(200, 20));
-    for (Handle *handle : {m_scrubber->playHead(), m_scrubber->aMarker(), m_scrubber->bMarker()})
-        addItem(handle);
-    m_window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
-}
-
-void TestPlaybackScrubber::cleanup()
-{
-    QTest::mouseMove(m_window.get(), QPoint(1, 1));
-    m_window.reset();
-}
-
-QQuickItem *TestPlaybackScrubber::addItem(Handle *handle)
-{
-    auto *item = new QQuickItem(m_scrubber);
-    item->setSize(QSizeF(11, 20));
-    handle->setHandle(item);
-    return item;
-}
-
-void TestPlaybackScrubber::layOut()
-{
-    for (const Handle *handle : {m_scrubber->playHead(), m_scrubber->aMarker(), m_scrubber->bMarker()})
-        handle->handle()->setX(std::round(handle->position() * 199) - 5);
-}
 
 void TestPlaybackScrubber::handlesStartWithoutARange()
 {
@@ -161,18 +94,6 @@ void TestPlaybackScrubber::sameRangeChangesNothing()
     m_scrubber->aMarker()->setFr(20);
     m_scrubber->setFrRange(0, 100);
     QCOMPARE(m_scrubber->aMarker()->fr(), 20);
-}
-
-void TestPlaybackScrubber::rangeOfOneFrameStandsAtTheStart()
-{
-    m_scrubber->setFrRange(5, 5);
-    for (const Handle *handle :
-         {m_scrubber->playHead(), m_scrubber->aMarker(), m_scrubber->bMarker(), m_scrubber->trigMarker()})
-        QCOMPARE(handle->position(), 0.0);
-    layOut();
-    press(150);
-    QCOMPARE(m_scrubber->playHead()->fr(), 5);
-    release(150);
 }
 
 void TestPlaybackScrubber::newRangeTakesTheHandlesAlong()
@@ -265,207 +186,6 @@ void TestPlaybackScrubber::triggerStandsAtFrameZero()
     QTEST(m_scrubber->trigMarker()->position(), "position");
 }
 
-void TestPlaybackScrubber::pressOnTheTrackMovesThePlayHead_data()
-{
-    QTest::addColumn<int>("x");
-    QTest::addColumn<qlonglong>("fr");
-    // 1000 frames beyond the first on 200 pixels: five a pixel.
-    QTest::newRow("middle") << 100 << 0LL;
-    QTest::newRow("a pixel on") << 101 << 5LL;
-    QTest::newRow("beside A") << 7 << -465LL;
-    QTest::newRow("beside B") << 190 << 450LL;
-}
-
-void TestPlaybackScrubber::pressOnTheTrackMovesThePlayHead()
-{
-    QFETCH(int, x);
-    m_scrubber->setFrRange(-500, 500);
-    layOut();
-    QSignalSpy moved(m_scrubber->playHead(), &Handle::moved);
-    press(x);
-    QTEST(m_scrubber->playHead()->fr(), "fr");
-    QVERIFY(m_scrubber->playHead()->pressed());
-    QVERIFY(m_scrubber->keepMouseGrab());
-    QCOMPARE(moved.count(), 1);
-    release(x);
-    QVERIFY(!m_scrubber->playHead()->pressed());
-}
-
-void TestPlaybackScrubber::pressBesideTheMarkersStopsAtThem()
-{
-    m_scrubber->setFrRange(0, 1000);
-    m_scrubber->aMarker()->setFr(200);
-    m_scrubber->bMarker()->setFr(600);
-    layOut();
-    press(180);
-    QCOMPARE(m_scrubber->playHead()->fr(), 600);
-    release(180);
-    layOut();
-    press(10);
-    QCOMPARE(m_scrubber->playHead()->fr(), 200);
-    release(10);
-}
-
-void TestPlaybackScrubber::markersWinOverThePlayHead()
-{
-    m_scrubber->setFrRange(0, 1000);
-    m_scrubber->playHead()->setFr(500);
-    m_scrubber->aMarker()->setFr(500);
-    m_scrubber->bMarker()->setFr(500);
-    layOut();
-    press(100);
-    QVERIFY(m_scrubber->aMarker()->pressed());
-    QVERIFY(!m_scrubber->bMarker()->pressed());
-    QVERIFY(!m_scrubber->playHead()->pressed());
-    QCOMPARE(m_scrubber->cursor().shape(), Qt::SizeHorCursor);
-    release(100);
-    m_scrubber->aMarker()->setFr(0);
-    layOut();
-    press(100);
-    QVERIFY(m_scrubber->bMarker()->pressed());
-    QCOMPARE(m_scrubber->bMarker()->fr(), 500);
-    release(100);
-}
-
-void TestPlaybackScrubber::draggedPlayHeadStaysBetweenTheMarkers()
-{
-    m_scrubber->setFrRange(0, 1000);
-    m_scrubber->aMarker()->setFr(200);
-    m_scrubber->bMarker()->setFr(600);
-    m_scrubber->playHead()->setFr(400);
-    layOut();
-    QSignalSpy moved(m_scrubber->playHead(), &Handle::moved);
-    QSignalSpy bMoved(m_scrubber->bMarker(), &Handle::moved);
-    press(80);
-    moveTo(90);
-    QCOMPARE(m_scrubber->playHead()->fr(), 450);
-    moveTo(160);
-    QCOMPARE(m_scrubber->playHead()->fr(), 600);
-    moveTo(20);
-    QCOMPARE(m_scrubber->playHead()->fr(), 200);
-    release(20);
-    QCOMPARE(moved.count(), 4);
-    QCOMPARE(bMoved.count(), 0);
-    QCOMPARE(m_scrubber->bMarker()->fr(), 600);
-}
-
-void TestPlaybackScrubber::draggedMarkerTakesThePlayHeadAlong()
-{
-    m_scrubber->setFrRange(0, 1000);
-    m_scrubber->playHead()->setFr(800);
-    layOut();
-    QStringList moves;
-    connect(m_scrubber->aMarker(), &Handle::moved, this,
-            [&] { moves << QStringLiteral("A %1").arg(m_scrubber->aMarker()->fr()); });
-    connect(m_scrubber->bMarker(), &Handle::moved, this,
-            [&] { moves << QStringLiteral("B %1").arg(m_scrubber->bMarker()->fr()); });
-    connect(m_scrubber->playHead(), &Handle::moved, this,
-            [&] { moves << QStringLiteral("head %1").arg(m_scrubber->playHead()->fr()); });
-    press(2);
-    QVERIFY(moves.isEmpty());
-    moveTo(60);
-    release(60);
-    layOut();
-    press(198);
-    moveTo(100);
-    release(100);
-    QCOMPARE(moves, (QStringList{"A 300", "head 300", "B 500", "head 500"}));
-}
-
-void TestPlaybackScrubber::draggedMarkersDoNotCross()
-{
-    m_scrubber->setFrRange(0, 1000);
-    m_scrubber->bMarker()->setFr(600);
-    layOut();
-    press(0);
-    moveTo(180);
-    QCOMPARE(m_scrubber->aMarker()->fr(), 600);
-    QCOMPARE(m_scrubber->playHead()->fr(), 600);
-    moveTo(40);
-    QCOMPARE(m_scrubber->aMarker()->fr(), 200);
-    release(40);
-    layOut();
-    press(121);
-    moveTo(10);
-    QCOMPARE(m_scrubber->bMarker()->fr(), 200);
-    QCOMPARE(m_scrubber->playHead()->fr(), 200);
-    release(10);
-}
-
-void TestPlaybackScrubber::dragBeyondTheBarStopsAtTheEnds()
-{
-    m_scrubber->setFrRange(-500, 500);
-    layOut();
-    press(100);
-    moveTo(-45);
-    QCOMPARE(m_scrubber->playHead()->fr(), -500);
-    moveTo(245);
-    QCOMPARE(m_scrubber->playHead()->fr(), 500);
-    release(245);
-}
-
-void TestPlaybackScrubber::moveWithoutAPressMovesNothing()
-{
-    m_scrubber->setFrRange(0, 1000);
-    layOut();
-    QSignalSpy moved(m_scrubber->playHead(), &Handle::moved);
-    moveTo(50);
-    moveTo(100);
-    QCOMPARE(m_scrubber->playHead()->fr(), 0);
-    QCOMPARE(moved.count(), 0);
-}
-
-void TestPlaybackScrubber::otherButtonsAreLetThrough()
-{
-    m_scrubber->setFrRange(0, 1000);
-    layOut();
-    QTest::mouseClick(m_window.get(), Qt::RightButton, {}, Origin + QPoint(100, 10));
-    QCOMPARE(m_scrubber->playHead()->fr(), 0);
-}
-
-void TestPlaybackScrubber::lostGrabReleases()
-{
-    m_scrubber->setFrRange(0, 1000);
-    layOut();
-    press(100);
-    m_scrubber->ungrabMouse();
-    QVERIFY(!m_scrubber->playHead()->pressed());
-    moveTo(150);
-    QCOMPARE(m_scrubber->playHead()->fr(), 500);
-    release(150);
-}
-
-void TestPlaybackScrubber::pointerTellsWhatItIsOver()
-{
-    m_scrubber->setFrRange(0, 1000);
-    m_scrubber->aMarker()->setFr(200);
-    m_scrubber->playHead()->setFr(500);
-    layOut();
-    const auto hovered = [this] {
-        QString names;
-        names += m_scrubber->aMarker()->hovered() ? u"A" : u"";
-        names += m_scrubber->bMarker()->hovered() ? u"B" : u"";
-        names += m_scrubber->playHead()->hovered() ? u"head" : u"";
-        return names;
-    };
-    moveTo(40);
-    QCOMPARE(hovered(), "A");
-    QCOMPARE(m_scrubber->cursor().shape(), Qt::SizeHorCursor);
-    moveTo(100);
-    QCOMPARE(hovered(), "head");
-    QCOMPARE(m_scrubber->cursor().shape(), Qt::ArrowCursor);
-    moveTo(198);
-    QCOMPARE(hovered(), "B");
-    QCOMPARE(m_scrubber->cursor().shape(), Qt::SizeHorCursor);
-    moveTo(150);
-    QCOMPARE(hovered(), "");
-    QCOMPARE(m_scrubber->cursor().shape(), Qt::ArrowCursor);
-    moveTo(40);
-    QTest::mouseMove(m_window.get(), QPoint(5, 5));
-    QCOMPARE(hovered(), "");
-    QCOMPARE(m_scrubber->cursor().shape(), Qt::ArrowCursor);
-}
-
 void TestPlaybackScrubber::handleItemWithoutParentJoinsTheScrubber()
 {
     QQuickItem item;
@@ -481,32 +201,6 @@ void TestPlaybackScrubber::handleItemWithoutParentJoinsTheScrubber()
     QCOMPARE(handle->handle(), &child);
     QCOMPARE(changed.count(), 2);
     handle->setHandle(nullptr);
-}
-
-void TestPlaybackScrubber::rangeBeyondTwoToTheThirtyFirst()
-{
-    m_scrubber->setFrRange(-4000000000, 6000000000);
-    layOut();
-    press(150);
-    QCOMPARE(m_scrubber->playHead()->fr(), 3500000000);
-    QCOMPARE(m_scrubber->playHead()->position(), 0.75);
-    release(150);
-    m_scrubber->playHead()->setFr(5999999999);
-    QCOMPARE(m_scrubber->playHead()->fr(), 5999999999);
-    QVERIFY(m_scrubber->playHead()->position() < 1.0);
-}
-
-void TestPlaybackScrubber::widestRangeIsSafe()
-{
-    constexpr qlonglong Lowest = std::numeric_limits<qlonglong>::min();
-    constexpr qlonglong Highest = std::numeric_limits<qlonglong>::max();
-    m_scrubber->setFrRange(Lowest + 1, Highest);
-    layOut();
-    press(100);
-    moveTo(245);
-    moveTo(-45);
-    QCOMPARE(m_scrubber->playHead()->fr(), Lowest + 1);
-    release(-45);
 }
 
 QTEST_MAIN(TestPlaybackScrubber)
