@@ -251,11 +251,20 @@ void ImgAdjUtil::rgbToGray16(const QList<quint16> &image, ushort width, ushort h
 bool ImgAdjUtil::framesDiffer(const quint16 *first, const quint16 *second, ushort height, ushort width,
                               ushort threshold) const
 {
+    // A few rows at a time, whose difference never leaves the processor's cache.
+    constexpr int BlockRows = 32;
+    const cv::Mat firstImage = wrapped(first, height, width, CV_16U);
+    const cv::Mat secondImage = wrapped(second, height, width, CV_16U);
     cv::Mat difference;
-    cv::absdiff(wrapped(first, height, width, CV_16U), wrapped(second, height, width, CV_16U), difference);
-    double largest = 0.0;
-    cv::minMaxIdx(difference, nullptr, &largest);
-    return largest > threshold;
+    for (int row = 0; row < height; row += BlockRows) {
+        const cv::Range rows(row, std::min<int>(row + BlockRows, height));
+        cv::absdiff(firstImage.rowRange(rows), secondImage.rowRange(rows), difference);
+        double largest = 0.0;
+        cv::minMaxIdx(difference, nullptr, &largest);
+        if (largest > threshold)
+            return true;
+    }
+    return false;
 }
 
 QImage ImgAdjUtil::unpaddedImage(int width, int height, QImage::Format format)

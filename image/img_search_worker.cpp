@@ -5,14 +5,6 @@
 #include "take/raw_frame.h"
 #include "take/vesk_frame.h"
 
-namespace
-{
-const quint16 *samples(const QImage &gray)
-{
-    return reinterpret_cast<const quint16 *>(gray.constBits());
-}
-} // namespace
-
 ImgSearchWorker::ImgSearchWorker(quint16 threshold, Reference reference, const ImgAdjData &adj)
     : m_threshold(threshold), m_reference(reference), m_adj(adj)
 {
@@ -22,8 +14,16 @@ bool ImgSearchWorker::load(const RawFrame *rawFrame, Side &side)
 {
     if (!side.frame->set(rawFrame))
         return false;
-    side.gray = side.frame->grayImage();
+    const VeskFrame &frame = *side.frame;
+    side.gray.resize(qsizetype(frame.width()) * frame.height());
+    VeskApp::instance()->imgAdjUtil()->rgbToGray16(frame.marked(), frame.width(), frame.height(),
+                                                   side.gray.data());
     return true;
+}
+
+bool ImgSearchWorker::sameSize() const
+{
+    return m_a.frame->width() == m_b.frame->width() && m_a.frame->height() == m_b.frame->height();
 }
 
 void ImgSearchWorker::init()
@@ -44,12 +44,13 @@ void ImgSearchWorker::init()
 void ImgSearchWorker::compare()
 {
     const auto *rawFrame = qobject_cast<RawFrame *>(sender());
-    if (!load(rawFrame, *m_target) || m_a.gray.size() != m_b.gray.size()) {
+    if (!load(rawFrame, *m_target) || !sameSize()) {
         emit frameRefused();
         return;
     }
-    if (VeskApp::instance()->imgAdjUtil()->framesDiffer(
-            samples(m_a.gray), samples(m_b.gray), m_a.frame->height(), m_a.frame->width(), m_threshold)) {
+    if (VeskApp::instance()->imgAdjUtil()->framesDiffer(m_a.gray.constData(), m_b.gray.constData(),
+                                                        m_a.frame->height(), m_a.frame->width(),
+                                                        m_threshold)) {
         emit found();
         return;
     }

@@ -2,7 +2,7 @@
 
 #include "image/img_adj_data.h"
 
-#include <QImage>
+#include <QList>
 #include <QObject>
 
 class RawFrame;
@@ -38,10 +38,12 @@ signals:
 private:
     struct Side {
         VeskFrame *frame = nullptr;
-        QImage gray;
+        /** The frame as 16-bit gray; kept from frame to frame, so that nothing is allocated. */
+        QList<quint16> gray;
     };
 
     bool load(const RawFrame *rawFrame, Side &side);
+    bool sameSize() const;
 
     quint16 m_threshold;
     Reference m_reference;

@@ -33,6 +33,7 @@ private slots:
     void darkFrameMeasuresFiniteGains();
     void measurementRefusesWhatDoesNotFit();
     void framesDifferOnlyAboveTheThreshold();
+    void everyPixelCountsForADifference();
     void grayWeighsTheFirstChannelAsRed();
 
 private:
@@ -293,6 +294,19 @@ void TestImgAdjUtil::framesDifferOnlyAboveTheThreshold()
     QVERIFY(!m_util.framesDiffer(first.data(), second.data(), 2, 2, 50));
     QVERIFY(m_util.framesDiffer(first.data(), second.data(), 2, 2, 49));
     QVERIFY(m_util.framesDiffer(second.data(), first.data(), 2, 2, 49));
+}
+
+void TestImgAdjUtil::everyPixelCountsForADifference()
+{
+    constexpr ushort Width = 5;
+    constexpr ushort Height = 67;
+    const Lut first(Width * Height, 1000);
+    for (qsizetype i = 0; i < first.size(); ++i) {
+        Lut second = first;
+        second[i] = 3000;
+        QVERIFY(m_util.framesDiffer(first.constData(), second.constData(), Height, Width, 1999));
+        QVERIFY(!m_util.framesDiffer(first.constData(), second.constData(), Height, Width, 2000));
+    }
 }
 
 void TestImgAdjUtil::grayWeighsTheFirstChannelAsRed()
