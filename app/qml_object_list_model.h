@@ -17,6 +17,9 @@
 template <class ItemType> class QQmlObjectListModel : public QQmlObjectListModelBase
 {
 public:
+    /** The role of the items themselves. */
+    static constexpr int ItemRole = Qt::UserRole;
+
     /** displayRole and uidRole name the properties behind Qt::DisplayRole and get(uid); both may be empty. */
     explicit QQmlObjectListModel(QObject *parent, const QByteArray &displayRole = {},
                                  const QByteArray &uidRole = {})
@@ -145,8 +148,6 @@ protected:
     }
 
 private:
-    static constexpr int ItemRole = Qt::UserRole;
-
     static const QSet<QByteArray> &forbiddenNames()
     {
         static const QSet<QByteArray> names{"id", "index", "class", "model", "modelData"};

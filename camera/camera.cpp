@@ -5,7 +5,6 @@
 #include "camera/camera_io.h"
 #include "image/camera_img_adj_model.h"
 
-#include <QJsonArray>
 #include <QJsonObject>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
@@ -22,6 +21,7 @@ Camera::Camera(const QHostAddress &ip, QObject *parent) : VeskObject(CameraType,
     createValues();
     wireLists();
     createLines();
+    createTakes();
     createLists();
     auto *model = new CameraImgAdjModel(this);
     setImgAdjModel(model);
@@ -69,11 +69,6 @@ void Camera::createLines()
     m_ios = ios;
 }
 
-int Camera::takesAvailable() const
-{
-    return prtnCntValue()->variant().toInt() - int(m_savedTakeIds.size());
-}
-
 QString Camera::settingsKey(const QString &key) const
 {
     const QString serial = serialValue()->text();
@@ -114,6 +109,7 @@ void Camera::disconnectCamera()
 {
     qDebug() << Q_FUNC_INFO;
     emit shouldBeUnselected();
+    unselectTakes();
     setConnected(false);
 }
 
@@ -138,30 +134,13 @@ void Camera::pollCameraValuesFinished()
     if (usable) {
         const QJsonObject object = document.object();
         updateValues(object);
-        updateTakes(object);
+        updateTakes(object, reply->property("init").toBool());
         setConnected(true, object);
     }
     if (!document.isNull())
         emit valuesPolled();
     m_pollInProgress = false;
     reply->deleteLater();
-}
-
-void Camera::updateTakes(const QJsonObject &document)
-{
-    const QJsonArray saved =
-        document.value(QLatin1StringView("acq")).toObject().value(QLatin1StringView("saved_takes")).toArray();
-    const int partitions = prtnCntValue()->variant().toInt();
-    QSet<int> ids;
-    for (const QJsonValue &take : saved) {
-        const int takeId = take.toInt();
-        if (takeId >= 1 && takeId <= partitions)
-            ids.insert(takeId);
-    }
-    const bool countChanged = ids.size() != m_savedTakeIds.size();
-    m_savedTakeIds = ids;
-    if (countChanged)
-        emit savedTakeCountChanged();
 }
 
 void Camera::setConnected(bool now, const QJsonObject &document)

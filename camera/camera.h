@@ -7,7 +7,6 @@
 #include <QElapsedTimer>
 #include <QHostAddress>
 #include <QJsonDocument>
-#include <QSet>
 #include <QtQmlIntegration>
 
 #include <array>
@@ -16,7 +15,12 @@ class QNetworkReply;
 class QQmlObjectListModelBase;
 class QStringListModel;
 class QTimer;
+class SavedTakeModel;
+class Take;
 struct SettingEntries;
+
+Q_MOC_INCLUDE("take/saved_take_model.h")
+Q_MOC_INCLUDE("take/take.h")
 
 /**
  * One networked camera as a source: its values, the status poll that keeps them current, connecting and
@@ -36,7 +40,9 @@ class Camera : public VeskObject
     VESK_CAMERA_VALUES(VESK_VALUE_PROPERTY)
 #undef VESK_VALUE_PROPERTY
     Q_PROPERTY(QQmlObjectListModelBase *ios READ ios CONSTANT)
-    Q_PROPERTY(int savedTakeCount READ savedTakeCount NOTIFY savedTakeCountChanged)
+    Q_PROPERTY(QQmlObjectListModelBase *takes READ takes CONSTANT)
+    Q_PROPERTY(Take *activeTake READ activeTake NOTIFY activeTakeChanged)
+    Q_PROPERTY(SavedTakeModel *savedTakes READ savedTakes NOTIFY savedTakesChanged)
     Q_PROPERTY(QStringListModel *resList READ resList NOTIFY resListChanged)
     Q_PROPERTY(int resIndex READ resIndex NOTIFY resIndexChanged)
     Q_PROPERTY(QStringListModel *frRateList READ frRateList NOTIFY frRateListChanged)
@@ -108,6 +114,13 @@ public:
 
     /** The seven electrical lines, as CameraIO. */
     QQmlObjectListModelBase *ios() const { return m_ios; }
+    /** One Take for each partition, numbered from 1; all are replaced when the number of partitions changes.
+     */
+    QQmlObjectListModelBase *takes() const { return m_takes; }
+    /** The partition that records now, or null. */
+    Take *activeTake() const { return m_activeTake; }
+    /** The takes that hold a recording. */
+    SavedTakeModel *savedTakes() const { return m_savedTakes; }
 
     // The menus of settings, each with the place of the current one in it or -1.
     QStringListModel *resList() const { return m_resList.model; }
@@ -127,8 +140,6 @@ public:
     double fwUpdateProgress() const { return m_fwUpdateProgress; }
     QString fwUpdateStatus() const { return m_fwUpdateStatus; }
 
-    /** Partitions that hold a saved take. */
-    int savedTakeCount() const { return int(m_savedTakeIds.size()); }
     /** Partitions that hold no saved take; 0 means that there is no room to record. */
     Q_INVOKABLE int takesAvailable() const;
     /** Application settings of this camera, kept by its serial number. */
@@ -167,7 +178,9 @@ signals:
     void cameraConnectFailed(Camera *camera);
     void cameraDisconnected(Camera *camera);
     void valuesPolled();
-    void savedTakeCountChanged();
+    void activeTakeChanged();
+    /** Declared for views; the model stays the same for the camera's life. */
+    void savedTakesChanged();
     void resListChanged();
     void resIndexChanged();
     void frRateListChanged();
@@ -190,6 +203,7 @@ protected:
 private slots:
     void pollCameraValues(bool init = false);
     void pollCameraValuesFinished();
+    void resetSavedTakeFilter();
     void brefFinished();
     void fwUpdateFinished();
 
@@ -209,6 +223,7 @@ private:
 
     void createValues();
     void createLines();
+    void createTakes();
     void createLists();
     void wireLists();
     void showEntries(SettingList &list, const SettingEntries &entries, void (Camera::*listChanged)(),
@@ -237,7 +252,10 @@ private:
      */
     void armPreview();
     void previewTick();
-    void updateTakes(const QJsonObject &document);
+    /** Brings the takes up to what the status says; init is true for the poll that makes the connection. */
+    void updateTakes(const QJsonObject &document, bool init);
+    void replaceTakes(int count);
+    void unselectTakes();
     QString settingsKey(const QString &key) const;
     QNetworkReply *postCommand(const QString &path, const QByteArray &body);
     void sendCommand(const QString &path, const QByteArray &body = {});
@@ -246,12 +264,14 @@ private:
     QHostAddress m_ip;
     bool m_connected = false;
     std::array<CameraValue *, std::size_t(ValueIndex::count)> m_cameraValues{};
-    QSet<int> m_savedTakeIds;
     QTimer *m_pollTimer;
     bool m_pollInProgress = false;
     QTimer *m_previewTimer;
     QElapsedTimer m_previewClock; // since the connection
     QQmlObjectListModelBase *m_ios = nullptr;
+    QQmlObjectListModelBase *m_takes;
+    SavedTakeModel *m_savedTakes;
+    Take *m_activeTake = nullptr;
     SettingList m_resList;
     SettingList m_frRateList;
     SettingList m_expList;

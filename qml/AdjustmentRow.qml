@@ -10,6 +10,9 @@ ControlRow {
 
     required property real number
     property bool logarithmic: false
+    /** Range of the number; the logarithmic slider has no other. */
+    property real lowest: logarithmic ? 0.1 : -1
+    property real highest: logarithmic ? 10 : 1
 
     /** The user moved the slider or typed a number. */
     signal entered(real number)
@@ -37,8 +40,8 @@ ControlRow {
         id: linearSlider
 
         Slider {
-            from: -1
-            to: 1
+            from: root.lowest
+            to: root.highest
             stepSize: 0.01
             snapMode: Slider.SnapAlways
             value: root.number
@@ -59,8 +62,8 @@ ControlRow {
         name: root.label
         value: root.number
         validator: DoubleValidator {
-            bottom: root.logarithmic ? 0.1 : -1
-            top: root.logarithmic ? 10 : 1
+            bottom: root.lowest
+            top: root.highest
             decimals: 2
             notation: DoubleValidator.StandardNotation
             locale: "C"

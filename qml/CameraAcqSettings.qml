@@ -11,7 +11,6 @@ Column {
     required property bool stbyOrRec
     readonly property real clkFreq: camera.clkFreq.value ?? 0
     readonly property int fsyncMode: camera.fsyncMode.value ?? 0
-    readonly property int corrMode: camera.corrMode.value ?? 0
 
     /** The nearest number that a value of the camera can hold. */
     function limited(number) {
@@ -65,15 +64,10 @@ Column {
         currentIndex: root.fsyncMode
         onChosen: index => root.camera.fsyncMode.value = index
     }
-    ComboRow {
-        label: qsTr("Black Ref Mode")
-        model: [qsTr("Normal"), qsTr("Advanced")]
-        currentIndex: root.corrMode & Camera.CorrModeBrefAdv ? 1 : 0
-        visible: ((root.camera.featureCorrMode.value ?? 0) & Camera.CorrModeBrefAdv) !== 0
-        choosable: root.fsyncMode === Camera.FsyncModeInt
-        onChosen: index => {
-            const others = root.corrMode & ~Camera.CorrModeBrefAdv;
-            root.camera.corrMode.value = index === 1 ? others | Camera.CorrModeBrefAdv : others;
-        }
+    BrefModeRow {
+        camera: root.camera
+        corrMode: root.camera.corrMode.value ?? 0
+        fsyncMode: root.fsyncMode
+        onCorrModeChosen: corrMode => root.camera.corrMode.value = corrMode
     }
 }

@@ -9,44 +9,12 @@ FocusScope {
 
     required property Camera camera
 
-    /** Brings the control that the keys go to into sight. */
-    function showFocused() {
-        const focused = root.Window.activeFocusItem;
-        let parent = focused;
-        while (parent && parent !== bar)
-            parent = parent.parent;
-        if (!parent)
-            return;
-        const top = focused.mapToItem(bar, 0, 0).y;
-        if (top < flickable.contentY)
-            flickable.contentY = top;
-        else if (top + focused.height > flickable.contentY + flickable.height)
-            flickable.contentY = top + focused.height - flickable.height;
-    }
-
     Keys.forwardTo: [frameView]
 
-    Connections {
-        target: root.Window.window
-
-        function onActiveFocusItemChanged() {
-            root.showFocused();
-        }
-    }
-    Flickable {
+    ControlBarFlickable {
         id: flickable
 
-        width: bar.width
-        height: parent.height
-        contentWidth: bar.width
-        contentHeight: bar.height + height / 2
-        clip: true
-        boundsBehavior: Flickable.StopAtBounds
-        flickDeceleration: Theme.flickDeceleration
-
         CameraControlBar {
-            id: bar
-
             camera: root.camera
         }
     }

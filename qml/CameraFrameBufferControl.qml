@@ -19,9 +19,22 @@ ControlGrid {
         return "";
     }
 
+    /** A count of frames; empty without an active take. */
+    function frameText(count) {
+        return root.camera.activeTake ? Number(count ?? 0).toFixed(0) : "";
+    }
+
     ControlValueRow {
         label: qsTr("Take")
         text: root.takeText()
+    }
+    ControlValueRow {
+        label: qsTr("Recorded Frames")
+        text: root.frameText(root.camera.activeTake?.frCnt.value)
+    }
+    ControlValueRow {
+        label: qsTr("Partition Size")
+        text: root.frameText(root.camera.activeTake?.prtnFrCnt.value)
     }
     ControlRow {
         rowHeight: 4
@@ -31,7 +44,7 @@ ControlGrid {
 
         ControlButton {
             text: qsTr("Partition")
-            enabled: root.camera.savedTakeCount === 0 && root.stbyOrRec
+            enabled: root.camera.savedTakes.count === 0 && root.stbyOrRec
             onClicked: partitionDialog.open()
         }
     }

@@ -4,7 +4,10 @@ import QtQuick
 import QtQuick.Controls
 import Vesk
 
-/** The tab of one camera. Its camera is null for a moment when the camera has just been removed. */
+/**
+ * The tab of one camera and, below it, those of its takes. Its camera is null for a moment when the camera has
+ * just been removed.
+ */
 Item {
     id: root
 
@@ -17,11 +20,7 @@ Item {
         && camera?.ssdWrState.value === Camera.SsdWrSave
     property bool blinkOn: true
 
-    function select() {
-        App.instance.selectedVeskObject = root.camera;
-    }
-
-    implicitHeight: box.height
+    implicitHeight: takes.count > 0 ? takes.y + takes.height : box.height
     z: selected ? 1 : 0
     onTriggeredChanged: root.blinkOn = true
 
@@ -31,32 +30,17 @@ Item {
         running: root.triggered
         onTriggered: root.blinkOn = !root.blinkOn
     }
-    Rectangle {
+    TabBox {
         id: box
 
         anchors.horizontalCenter: parent.horizontalCenter
         width: root.width - 16
         height: 50
-        color: Theme.boxColor
-        border.color: root.selected ? Theme.palette.highlight : Theme.edgeColor
-        border.width: 2
-        activeFocusOnTab: true
-        Accessible.role: Accessible.PageTab
-        Accessible.name: nameLabel.text || (root.camera?.ipString ?? "")
-        Accessible.selectable: true
-        Accessible.selected: root.selected
-        Accessible.onPressAction: root.select()
-        Keys.onSpacePressed: root.select()
-        Keys.onReturnPressed: root.select()
-        Keys.onMenuPressed: menu.popup(box, 0, box.height)
+        name: nameLabel.text || (root.camera?.ipString ?? "")
+        selected: root.selected
+        menu: menu
+        onChosen: App.instance.selectedVeskObject = root.camera
 
-        Rectangle {
-            anchors.fill: parent
-            anchors.margins: 4
-            color: "transparent"
-            border.color: Theme.palette.highlight
-            visible: box.activeFocus
-        }
         Icon {
             id: icon
 
@@ -89,13 +73,6 @@ Item {
                 }
             }
         }
-        TapHandler {
-            onTapped: root.select()
-        }
-        TapHandler {
-            acceptedButtons: Qt.RightButton
-            onTapped: menu.popup()
-        }
         Menu {
             id: menu
 
@@ -107,6 +84,29 @@ Item {
             }
             CameraDisconnectMenuItem {
                 camera: root.camera
+            }
+        }
+    }
+    Column {
+        id: takes
+
+        readonly property alias count: takeTabs.count
+
+        anchors.horizontalCenter: parent.horizontalCenter
+        y: box.height + spacing
+        width: box.width
+        spacing: -2 // the borders lie on each other
+
+        Repeater {
+            id: takeTabs
+
+            model: root.camera?.savedTakes ?? null
+
+            TakeTab {
+                required property Take qtObject
+
+                width: takes.width
+                take: qtObject
             }
         }
     }

@@ -10,7 +10,7 @@ Rectangle {
 
     required property VeskObject source
     readonly property ImgFrame imgFrame: source.imgFrame
-    readonly property Camera camera: source as Camera
+    readonly property Camera camera: source as Camera ?? (source as AbstractTake)?.camera ?? null
     readonly property bool brefInProgress: ((camera?.brefState.value ?? 0) & Camera.BrefInProgress) !== 0
 
     color: Theme.palette.base

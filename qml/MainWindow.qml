@@ -10,19 +10,31 @@ ApplicationWindow {
     id: root
 
     readonly property VeskObject selected: App.instance.selectedVeskObject
-    /** The camera of the view shown. It outlives the selection, so that a view on its way out still has it. */
+    /** The source of the view shown. It outlives the selection, so that a view on its way out still has it. */
     property Camera shownCamera
+    property Take shownTake
 
     function showSelected() {
         menuArea.sourceComponent = undefined;
         mainArea.sourceComponent = undefined;
-        // A question about the camera that goes is not to be answered for the one that comes.
+        // A question about the source that goes is not to be answered for the one that comes.
         takesDeleteAll.active = false;
-        const camera = root.selected as Camera;
-        if (camera)
-            root.shownCamera = camera;
-        menuArea.sourceComponent = camera ? cameraMenuBar : aboutMenuBar;
-        mainArea.sourceComponent = camera ? cameraView : aboutView;
+        takeDeletion.drop();
+        root.shownCamera = root.selected as Camera ?? root.shownCamera;
+        root.shownTake = root.selected as Take ?? root.shownTake;
+        switch (root.selected?.type) {
+        case VeskObject.CameraType:
+            menuArea.sourceComponent = cameraMenuBar;
+            mainArea.sourceComponent = cameraView;
+            break;
+        case VeskObject.TakeType:
+            menuArea.sourceComponent = takeMenuBar;
+            mainArea.sourceComponent = takeView;
+            break;
+        default:
+            menuArea.sourceComponent = aboutMenuBar;
+            mainArea.sourceComponent = aboutView;
+        }
     }
 
     /** A maximized or minimized window leaves a sane place behind for the time when it is neither. */
@@ -94,6 +106,12 @@ ApplicationWindow {
         }
     }
 
+    TakeDeletion {
+        id: takeDeletion
+
+        take: root.shownTake
+    }
+
     Component {
         id: aboutView
 
@@ -104,6 +122,13 @@ ApplicationWindow {
 
         CameraControlView {
             camera: root.shownCamera
+        }
+    }
+    Component {
+        id: takeView
+
+        TakeView {
+            take: root.shownTake
         }
     }
     Component {
@@ -120,6 +145,14 @@ ApplicationWindow {
             camera: root.shownCamera
             connectDialog: cameraConnect
             deleteAllDialog: takesDeleteAll
+        }
+    }
+    Component {
+        id: takeMenuBar
+
+        TakeMenuBar {
+            connectDialog: cameraConnect
+            deletion: takeDeletion
         }
     }
 }

@@ -11,7 +11,7 @@ DialogWindow {
 
     required property Camera camera
     readonly property int acqState: camera.acqState.value ?? 0
-    readonly property bool prtnOK: camera.savedTakeCount === 0 && (acqState === 1 || acqState === 2 || acqState === 6)
+    readonly property bool prtnOK: camera.savedTakes.count === 0 && (acqState === 1 || acqState === 2 || acqState === 6)
 
     function accept() {
         if (!countField.acceptableInput || !root.prtnOK)

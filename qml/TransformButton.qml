@@ -4,13 +4,10 @@ import QtQuick
 import Vesk
 
 /** Icon button that is lit while its transform is on. */
-IconButton {
+PressButton {
     id: root
 
     property bool active: false
-
-    /** Acts at once, on press. */
-    signal chosen
 
     height: parent?.height ?? 0
     iconSize: 20
@@ -18,7 +15,5 @@ IconButton {
     iconColor: active ? palette.highlight : "white"
     Accessible.checkable: true
     Accessible.checked: active
-    Accessible.onPressAction: root.chosen()
     Accessible.onToggleAction: root.chosen()
-    onPressed: root.chosen()
 }

@@ -26,7 +26,7 @@ PlaybackVeskObject::PlaybackVeskObject(Type type, QObject *parent, const PlayClo
     m_playTimer->setTimerType(Qt::PreciseTimer);
     connect(m_playTimer, &QChronoTimer::timeout, this, &PlaybackVeskObject::incrementFrame);
     m_playTimer->setInterval(tickInterval(m_playPeriodNs));
-    m_playTimer->start();
+    connect(this, &VeskObject::selectedChanged, this, &PlaybackVeskObject::armPlayTimer);
     m_playClock.restart(m_fr);
     m_imgSearch = new ImgSearch(this);
     connect(this, &PlaybackVeskObject::frChanged, this, [this] { requestFrame(); });
@@ -34,6 +34,16 @@ PlaybackVeskObject::PlaybackVeskObject(Type type, QObject *parent, const PlayClo
 }
 
 PlaybackVeskObject::~PlaybackVeskObject() = default;
+
+void PlaybackVeskObject::armPlayTimer()
+{
+    if (!selected()) {
+        m_playTimer->stop();
+        return;
+    }
+    m_playClock.restart(m_fr);
+    m_playTimer->start();
+}
 
 void PlaybackVeskObject::createValues()
 {

@@ -145,6 +145,11 @@ private:
     };
 
     void createValues();
+    /**
+     * A tick of a source that is not selected has nothing to do but to hold the frame, so none is delivered:
+     * a camera may have a thousand partitions. With the selection play goes on from the frame that was shown.
+     */
+    void armPlayTimer();
     PlayRange playRange() const;
     /** Frames per clock step with their direction. */
     qint64 stride() const { return qint64(m_playStep) * m_playDir; }

@@ -34,7 +34,9 @@ private:
     void answerPollsWith(const QByteArray &body,
                          QHttpServerResponder::StatusCode status = QHttpServerResponder::StatusCode::Ok)
     {
-        m_server->setAnswer([body, status](const auto &) { return HttpRecorder::Reply{body, {}, status}; });
+        m_server->setAnswer([body, status](const HttpRecorder::Request &request) {
+            return request.path == "/" ? HttpRecorder::Reply{body, {}, status} : json({});
+        });
     }
 
     qsizetype polls() const { return m_server->requests("GET", "/").size(); }
@@ -166,7 +168,7 @@ private slots:
     void pollTickDuringAPollSendsNothing()
     {
         connectIt();
-        m_server->setHold([](const HttpRecorder::Request &request) { return request.method == "GET"; });
+        m_server->setHold([](const HttpRecorder::Request &request) { return request.path == "/"; });
         QTRY_COMPARE(m_server->heldCount(), 1);
         const qsizetype before = polls();
         QTest::qWait(700);
@@ -219,7 +221,7 @@ private slots:
     void localWriteOutlivesThePollUnderWay()
     {
         connectIt();
-        m_server->setHold([](const HttpRecorder::Request &request) { return request.method == "GET"; });
+        m_server->setHold([](const HttpRecorder::Request &request) { return request.path == "/"; });
         QTRY_COMPARE(m_server->heldCount(), 1);
         m_camera->expClksValue()->setValue(500, false);
         QTRY_COMPARE(m_server->requests("PUT", "/acq/exp_clks").size(), 1);

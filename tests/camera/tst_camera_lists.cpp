@@ -210,18 +210,6 @@ private slots:
         QCOMPARE(texts.count(u"10.000"_s), 1);
         QCOMPARE(m_camera->expListIndex(), 10); // after the longest and 100 to 20
     }
-
-    void savedTakesAreCounted()
-    {
-        connectIt();
-        QSignalSpy changed(m_camera.get(), &Camera::savedTakeCountChanged);
-        QJsonObject acq = acquisition();
-        acq["saved_takes"] = QJsonArray{1, 3, 9};
-        answerWith(document(acq));
-        QTRY_COMPARE(m_camera->savedTakeCount(), 2); // there is no partition 9
-        QCOMPARE(changed.count(), 1);
-        QCOMPARE(m_camera->takesAvailable(), 2);
-    }
 };
 
 VESK_TEST_MAIN(TestCameraLists)

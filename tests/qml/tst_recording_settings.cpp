@@ -1,5 +1,6 @@
 #include "camera/camera.h"
 #include "sim/camera.h"
+#include "take/saved_take_model.h"
 #include "tests/qml/view_fixture.h"
 #include "tests/qml/view_test_main.h"
 
@@ -222,7 +223,7 @@ void TestRecordingSettings::partitionIsOfferedWhileNoTakeIsSaved()
     simulated->forceValue(u"acq/saved_takes"_s, saved);
     simulated->forceValue(u"acq/state"_s, state);
     QTRY_COMPARE(m_view.camera()->acqStateValue()->variant().toInt(), state);
-    QTRY_COMPARE(m_view.camera()->savedTakeCount(), int(saved.size()));
+    QTRY_COMPARE(m_view.camera()->savedTakes()->count(), int(saved.size()));
     QCOMPARE(enabled(FrameBuffer, u"Partition"_s), offered);
 }
 

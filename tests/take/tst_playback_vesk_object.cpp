@@ -318,12 +318,14 @@ private slots:
         QCOMPARE(source.playFrRate(), 10000000.0);
     }
 
-    void timerTicksTwiceAClockStepInEveryState()
+    void timerTicksTwiceAClockStepInEveryStateWhileSelected()
     {
         PlaybackSource source;
         const auto *timer = source.findChild<QChronoTimer *>();
         QVERIFY(timer);
         QCOMPARE(timer->timerType(), Qt::PreciseTimer);
+        QVERIFY(!timer->isActive());
+        source.setSelected(true);
         QVERIFY(timer->isActive());
         QCOMPARE(timer->interval(), 16666666ns);
         source.setPlayFrRate(59.94);
@@ -333,6 +335,24 @@ private slots:
         source.setPlayFrRate(100000000);
         QCOMPARE(timer->interval(), 50ns);
         QVERIFY(timer->isActive());
+        source.setSelected(false);
+        QVERIFY(!timer->isActive());
+    }
+
+    void selectionGoesOnFromTheFrameThatWasShown()
+    {
+        PlaybackSource source;
+        source.open(0, 1000);
+        source.setSelected(true);
+        source.pass(10 * 33333333);
+        QCOMPARE(source.fr(), 10);
+        source.setSelected(false);
+        *source.nowNs += 1000000000;
+        source.setSelected(true);
+        source.tick();
+        QCOMPARE(source.fr(), 10);
+        source.pass(33333333);
+        QCOMPARE(source.fr(), 11);
     }
 
     void timerMovesTheSource()

@@ -1,0 +1,56 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import QtQuick.Controls
+
+/**
+ * Put into a text field, it lets the field show a number and take an edit of it. The field follows the number
+ * but for the time in which the user has it; a text that he left as he found it, or that is no number, is
+ * dropped. It never writes the number: that is what entered() is for.
+ */
+Item {
+    id: root
+
+    required property TextField field
+    /** The number as it is shown. */
+    required property string shown
+    property string before: ""
+
+    /** The user typed another number. */
+    signal entered(real number)
+
+    function showNumber() {
+        root.field.text = Qt.binding(() => root.shown);
+        root.before = root.field.text;
+    }
+
+    function leave() {
+        root.showNumber();
+        root.field.focus = false;
+    }
+
+    function finish() {
+        const edited = root.field.text !== root.before;
+        const number = parseFloat(root.field.text);
+        // Before the focus goes: losing it would finish the same edit once more.
+        root.leave();
+        if (edited && !isNaN(number))
+            root.entered(number);
+    }
+
+    Keys.onEscapePressed: root.leave()
+    Component.onCompleted: root.showNumber()
+
+    Connections {
+        target: root.field
+
+        function onActiveFocusChanged() {
+            if (root.field.activeFocus)
+                root.field.text = root.before = root.shown;
+        }
+
+        function onEditingFinished() {
+            root.finish();
+        }
+    }
+}

@@ -1,0 +1,81 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import Vesk
+
+/** The bar of a recording with the frame numbers under it, in whose place a search tells where it is. */
+Column {
+    id: root
+
+    required property PlaybackVeskObject source
+    readonly property bool searching: source?.imgSearch.state === ImgSearch.Searching
+
+    /** Opens the bar to the recording's frames; only then do its handles take numbers. */
+    function setUp() {
+        if (!(root.source?.valuesInit ?? false))
+            return;
+        scrubber.setFrRange(root.source.firstFr.value, root.source.lastFr.value);
+        scrubber.aMarker.fr = Qt.binding(() => root.source?.aFr ?? 0);
+        scrubber.bMarker.fr = Qt.binding(() => root.source?.bFr ?? 0);
+        scrubber.playHead.fr = Qt.binding(() => root.headFr(scrubber.aMarker.fr, scrubber.bMarker.fr));
+    }
+
+    /** Depends on the markers because the play head, which they hold, follows when they let it go. */
+    function headFr(aFr, bFr) {
+        return root.source?.fr ?? 0;
+    }
+
+    spacing: 6
+    Component.onCompleted: root.setUp()
+
+    Connections {
+        target: root.source
+
+        function onValuesInitChanged() {
+            root.setUp();
+        }
+    }
+    Connections {
+        target: scrubber.aMarker
+
+        function onMoved() {
+            root.source.aFr = scrubber.aMarker.fr;
+        }
+    }
+    Connections {
+        target: scrubber.bMarker
+
+        function onMoved() {
+            root.source.bFr = scrubber.bMarker.fr;
+        }
+    }
+    Connections {
+        target: scrubber.playHead
+
+        function onMoved() {
+            root.source.fr = scrubber.playHead.fr;
+        }
+    }
+    PlaybackScrubber {
+        id: scrubber
+
+        width: root.width
+    }
+    Item {
+        anchors.horizontalCenter: parent.horizontalCenter
+        width: root.width - 12
+        height: 24
+
+        PlaybackFrameRow {
+            anchors.fill: parent
+            visible: !root.searching
+            source: root.source
+        }
+        PlaybackSearchRow {
+            anchors.horizontalCenter: parent.horizontalCenter
+            height: parent.height
+            visible: root.searching
+            imgSearch: root.source?.imgSearch ?? null
+        }
+    }
+}
