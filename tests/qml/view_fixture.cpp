@@ -33,21 +33,35 @@ static void collectWarning(QtMsgType type, const QMessageLogContext &context, co
 ViewFixture::ViewFixture()
 {
     qml_register_types_Vesk();
-    previousHandler = qInstallMessageHandler(collectWarning);
 }
 
 ViewFixture::~ViewFixture()
 {
     close();
-    qInstallMessageHandler(previousHandler);
+}
+
+void ViewFixture::createEngine()
+{
+    collectedWarnings.clear();
+    // Here and not earlier, because a test that begins installs a handler of its own, which comes next now.
+    previousHandler = qInstallMessageHandler(collectWarning);
+    m_engine = std::make_unique<QQmlApplicationEngine>();
+    VeskApp::instance()->set_networkAccessManager(m_engine->networkAccessManager());
+    m_engine->rootContext()->setContextProperty(u"veskApp"_s, VeskApp::instance());
+}
+
+void ViewFixture::openDocument(const QByteArray &document, const QString &property, const QVariant &value)
+{
+    createEngine();
+    m_engine->setInitialProperties({{property, value}});
+    m_engine->loadData(document, QUrl(u"qrc:/test_document.qml"_s));
+    QVERIFY(window());
+    QVERIFY(QTest::qWaitForWindowExposed(window()));
 }
 
 void ViewFixture::open()
 {
-    collectedWarnings.clear();
-    m_engine = std::make_unique<QQmlApplicationEngine>();
-    VeskApp::instance()->set_networkAccessManager(m_engine->networkAccessManager());
-    m_engine->rootContext()->setContextProperty(u"veskApp"_s, VeskApp::instance());
+    createEngine();
     m_engine->load(QUrl(u"qrc:/main.qml"_s));
     QVERIFY(window());
     QVERIFY(QTest::qWaitForWindowExposed(window()));
@@ -64,6 +78,7 @@ void ViewFixture::close()
     }
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     m_engine.reset();
+    qInstallMessageHandler(previousHandler);
     qDeleteAll(std::exchange(m_simulated, {}));
 }
 

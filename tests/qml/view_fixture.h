@@ -4,6 +4,7 @@
 #include <QObject>
 #include <QPoint>
 #include <QStringList>
+#include <QVariant>
 
 #include <memory>
 
@@ -31,6 +32,8 @@ public:
 
     /** Loads the root document. */
     void open();
+    /** Loads a document whose root is a window, with one of its properties set. */
+    void openDocument(const QByteArray &document, const QString &property, const QVariant &value);
     /** Ends the window, and what was simulated. */
     void close();
     QStringList warnings() const;
@@ -108,6 +111,8 @@ public:
     bool showsTooltip(const QString &text) const;
 
 private:
+    void createEngine();
+
     std::unique_ptr<QQmlApplicationEngine> m_engine;
     QList<q4sim::Camera *> m_simulated;
     Camera *m_camera = nullptr;
