@@ -8,22 +8,22 @@ ControlGrid {
     id: root
 
     required property VeskObject source
-    readonly property ImgAdjModel imgAdjModel: source.imgAdjModel
+    readonly property ImgAdjModel imgAdjModel: source?.imgAdjModel ?? null
 
     ControlRow {
         label: qsTr("White Balance")
     }
     ColorAdjRow {
         label: qsTr("Red")
-        adjValue: root.imgAdjModel.wbR
+        adjValue: root.imgAdjModel?.wbR ?? null
     }
     ColorAdjRow {
         label: qsTr("Green")
-        adjValue: root.imgAdjModel.wbG
+        adjValue: root.imgAdjModel?.wbG ?? null
     }
     ColorAdjRow {
         label: qsTr("Blue")
-        adjValue: root.imgAdjModel.wbB
+        adjValue: root.imgAdjModel?.wbB ?? null
     }
     ControlRow {
         rowHeight: 4

@@ -10,6 +10,6 @@ AdjustmentRow {
 
     subRow: true
     logarithmic: true
-    number: root.adjValue.value ?? 1
+    number: root.adjValue?.value ?? 1
     onEntered: number => root.adjValue.value = number
 }

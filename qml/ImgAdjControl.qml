@@ -8,8 +8,8 @@ ControlGrid {
     id: root
 
     required property VeskObject source
-    readonly property ImgAdjModel imgAdjModel: source.imgAdjModel
-    readonly property bool monochrome: (imgAdjModel.cfa.value ?? 0) === 0
+    readonly property ImgAdjModel imgAdjModel: source?.imgAdjModel ?? null
+    readonly property bool monochrome: (imgAdjModel?.cfa.value ?? 0) === 0
     property int pickedChannel: 0
     readonly property int channel: monochrome ? 0 : pickedChannel
     readonly property list<int> resetBits: [Util.R | Util.G | Util.B, Util.R, Util.G, Util.B]
@@ -24,32 +24,32 @@ ControlGrid {
     ImgAdjRow {
         label: qsTr("Offset")
         channel: root.channel
-        red: root.imgAdjModel.offsetR
-        common: root.imgAdjModel.offset
-        blue: root.imgAdjModel.offsetB
+        red: root.imgAdjModel?.offsetR ?? null
+        common: root.imgAdjModel?.offset ?? null
+        blue: root.imgAdjModel?.offsetB ?? null
     }
     ImgAdjRow {
         label: qsTr("Gain")
         logarithmic: true
         channel: root.channel
-        red: root.imgAdjModel.gainR
-        common: root.imgAdjModel.gain
-        blue: root.imgAdjModel.gainB
+        red: root.imgAdjModel?.gainR ?? null
+        common: root.imgAdjModel?.gain ?? null
+        blue: root.imgAdjModel?.gainB ?? null
     }
     ImgAdjRow {
         label: qsTr("Gamma")
         logarithmic: true
         channel: root.channel
-        red: root.imgAdjModel.gammaR
-        common: root.imgAdjModel.gamma
-        blue: root.imgAdjModel.gammaB
+        red: root.imgAdjModel?.gammaR ?? null
+        common: root.imgAdjModel?.gamma ?? null
+        blue: root.imgAdjModel?.gammaB ?? null
     }
     ImgAdjRow {
         label: qsTr("Contrast")
         channel: root.channel
-        red: root.imgAdjModel.contrastR
-        common: root.imgAdjModel.contrast
-        blue: root.imgAdjModel.contrastB
+        red: root.imgAdjModel?.contrastR ?? null
+        common: root.imgAdjModel?.contrast ?? null
+        blue: root.imgAdjModel?.contrastB ?? null
     }
     ControlRow {
         rowHeight: 4

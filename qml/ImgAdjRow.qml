@@ -12,7 +12,7 @@ AdjustmentRow {
     required property var blue
     readonly property var shownValue: root.channel === 1 ? root.red : root.channel === 3 ? root.blue : root.common
 
-    number: root.shownValue.value ?? 0
+    number: root.shownValue?.value ?? 0
     onEntered: number => {
         const written = root.channel === 0 ? [root.red, root.common, root.blue] : [root.shownValue];
         for (const adjValue of written)

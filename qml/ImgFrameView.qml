@@ -9,7 +9,7 @@ Rectangle {
     id: root
 
     required property VeskObject source
-    readonly property ImgFrame imgFrame: source.imgFrame
+    readonly property ImgFrame imgFrame: source?.imgFrame ?? null
     readonly property Camera camera: source as Camera ?? (source as AbstractTake)?.camera ?? null
     readonly property bool brefInProgress: ((camera?.brefState.value ?? 0) & Camera.BrefInProgress) !== 0
 
@@ -34,9 +34,9 @@ Rectangle {
         y: frame.y + frame.paintedRect.y
         height: frame.paintedRect.height
         orientation: Qt.Vertical
-        shown: root.imgFrame.panZoomActive
-        maxPan: root.imgFrame.maxPanY
-        pan: root.imgFrame.panY
+        shown: root.imgFrame?.panZoomActive ?? false
+        maxPan: root.imgFrame?.maxPanY ?? 0
+        pan: root.imgFrame?.panY ?? 0
         Accessible.name: qsTr("Vertical position")
         onPanned: pan => root.imgFrame.panY = pan
     }
@@ -45,16 +45,16 @@ Rectangle {
         y: frame.y + frame.paintedRect.y + frame.paintedRect.height + 2
         width: frame.paintedRect.width
         orientation: Qt.Horizontal
-        shown: root.imgFrame.panZoomActive
-        maxPan: root.imgFrame.maxPanX
-        pan: root.imgFrame.panX
+        shown: root.imgFrame?.panZoomActive ?? false
+        maxPan: root.imgFrame?.maxPanX ?? 0
+        pan: root.imgFrame?.panX ?? 0
         Accessible.name: qsTr("Horizontal position")
         onPanned: pan => root.imgFrame.panX = pan
     }
     Label {
         x: 20
         y: 20
-        text: root.source.timestamp
+        text: root.source?.timestamp ?? ""
         color: "white"
         font.letterSpacing: -0.5
         font.features: { "tnum": 1 }
@@ -69,7 +69,7 @@ Rectangle {
         visible: frame.containsMouse
         pixelX: frame.mouseX
         pixelY: frame.mouseY
-        veskFrame: root.source.veskFrame
+        veskFrame: root.source?.veskFrame ?? null
     }
     Loader {
         anchors.centerIn: parent
@@ -83,7 +83,7 @@ Rectangle {
 
         ZoomMenuItem {
             text: qsTr("Zoom 1:1")
-            shown: root.imgFrame.zoomScale !== 1.0
+            shown: root.imgFrame?.zoomScale !== 1.0
             onTriggered: {
                 root.imgFrame.zoomFit = false;
                 root.imgFrame.zoomScale = 1.0;
@@ -91,7 +91,7 @@ Rectangle {
         }
         ZoomMenuItem {
             text: qsTr("Zoom Fit")
-            shown: !root.imgFrame.zoomFit
+            shown: !root.imgFrame?.zoomFit
             onTriggered: root.imgFrame.zoomFit = true
         }
     }

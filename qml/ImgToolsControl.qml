@@ -8,8 +8,8 @@ ControlGrid {
     id: root
 
     required property VeskObject source
-    readonly property ImgAdjModel imgAdjModel: source.imgAdjModel
-    readonly property int rotation90: imgAdjModel.rotate ?? 0
+    readonly property ImgAdjModel imgAdjModel: source?.imgAdjModel ?? null
+    readonly property int rotation90: imgAdjModel?.rotate ?? 0
 
     function rotateTo(angle) {
         root.imgAdjModel.rotate = root.rotation90 === angle ? 0 : angle;
@@ -35,14 +35,14 @@ ControlGrid {
                 width: transformButtons.buttonWidth
                 iconText: "\uF4D6"
                 name: qsTr("Flip horizontally")
-                active: !!root.imgAdjModel.flipH
+                active: !!root.imgAdjModel?.flipH
                 onChosen: root.imgAdjModel.flipH = !root.imgAdjModel.flipH
             }
             TransformButton {
                 width: transformButtons.buttonWidth
                 iconText: "\uF4DA"
                 name: qsTr("Flip vertically")
-                active: !!root.imgAdjModel.flipV
+                active: !!root.imgAdjModel?.flipV
                 onChosen: root.imgAdjModel.flipV = !root.imgAdjModel.flipV
             }
             TransformButton {
@@ -70,7 +70,7 @@ ControlGrid {
 
         ControlComboBox {
             model: [qsTr("Disabled"), qsTr("Low"), qsTr("Medium"), qsTr("High")]
-            currentIndex: root.imgAdjModel.focusPeak
+            currentIndex: root.imgAdjModel?.focusPeak ?? 0
             Accessible.name: qsTr("Focus Peaking")
             onActivated: index => root.imgAdjModel.focusPeak = index
         }
@@ -81,7 +81,7 @@ ControlGrid {
 
         ControlComboBox {
             model: [qsTr("Disabled"), qsTr("Enabled")]
-            currentIndex: root.imgAdjModel.expAssist
+            currentIndex: root.imgAdjModel?.expAssist ?? 0
             Accessible.name: qsTr("Exposure Assist")
             onActivated: index => root.imgAdjModel.expAssist = index
         }
@@ -97,7 +97,7 @@ ControlGrid {
             anchors.horizontalCenter: parent.horizontalCenter
             width: 128
             height: 64
-            histogram: root.source.histogram
+            histogram: root.source?.histogram ?? null
             Accessible.role: Accessible.Graphic
             Accessible.name: qsTr("Histogram")
         }

@@ -25,8 +25,8 @@ Row {
     }
     Label {
         width: 120
-        text: qsTr("RGB: ") + root.util.pix16bTo9b(root.veskFrame.r) + ", "
-              + root.util.pix16bTo9b(root.veskFrame.g) + ", " + root.util.pix16bTo9b(root.veskFrame.b)
+        text: qsTr("RGB: ") + root.util.pix16bTo9b(root.veskFrame?.r ?? 0) + ", "
+              + root.util.pix16bTo9b(root.veskFrame?.g ?? 0) + ", " + root.util.pix16bTo9b(root.veskFrame?.b ?? 0)
         color: "white"
     }
 }

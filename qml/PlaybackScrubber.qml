@@ -10,6 +10,7 @@ PlaybackScrubberTemplate {
 
     /** From the left edge of a handle to the pixel that it points at. */
     readonly property int markerOffset: 5
+    readonly property bool pressed: playHead.pressed || aMarker.pressed || bMarker.pressed
 
     /** Where on the bar a place along the track is. */
     function placeOf(position) {

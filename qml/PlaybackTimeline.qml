@@ -25,6 +25,12 @@ Column {
         return root.source?.fr ?? 0;
     }
 
+    /** As a click on a button does: a number that is being typed is taken, and the keys play again. */
+    function endEdit() {
+        root.forceActiveFocus();
+        root.focus = false;
+    }
+
     spacing: 6
     Component.onCompleted: root.setUp()
 
@@ -60,6 +66,10 @@ Column {
         id: scrubber
 
         width: root.width
+        onPressedChanged: {
+            if (scrubber.pressed)
+                root.endEdit();
+        }
     }
     Item {
         anchors.horizontalCenter: parent.horizontalCenter

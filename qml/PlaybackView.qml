@@ -13,6 +13,8 @@ FocusScope {
     required property PlaybackVeskObject source
     default property alias controlBar: flickable.flickableData
 
+    // The source may vanish before the view of it does.
+    enabled: source !== null
     Keys.forwardTo: [frameView, playbackControl]
 
     ControlBarFlickable {
