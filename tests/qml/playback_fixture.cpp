@@ -141,7 +141,7 @@ QColor PlaybackFixture::textColor(const QString &name) const
     return contentProperty(item(name, QAccessible::Button), "color").value<QColor>();
 }
 
-bool PlaybackFixture::type(const QString &name, const QString &text, Qt::Key end) const
+bool PlaybackFixture::typeInto(const QString &name, const QString &text, Qt::Key end) const
 {
     if (!click(window(), element(name, QAccessible::EditableText)))
         return false;

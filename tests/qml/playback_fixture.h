@@ -57,7 +57,7 @@ public:
     QString shownText(const QString &name, QAccessible::Role role = QAccessible::NoRole) const;
     QColor textColor(const QString &name) const;
     /** Clicks into a field, replaces its text key by key and ends with a key; none for Key_unknown. */
-    bool type(const QString &name, const QString &text, Qt::Key end = Qt::Key_Return) const;
+    bool typeInto(const QString &name, const QString &text, Qt::Key end = Qt::Key_Return) const;
     bool enabled(const QString &name) const;
     QString focusedName() const;
 
