@@ -17,12 +17,17 @@ Column {
         scrubber.setFrRange(root.source.firstFr.value, root.source.lastFr.value);
         scrubber.aMarker.fr = Qt.binding(() => root.source?.aFr ?? 0);
         scrubber.bMarker.fr = Qt.binding(() => root.source?.bFr ?? 0);
-        scrubber.playHead.fr = Qt.binding(() => root.headFr(scrubber.aMarker.fr, scrubber.bMarker.fr));
+        root.bindHead();
     }
 
-    /** Depends on the markers because the play head, which they hold, follows when they let it go. */
-    function headFr(aFr, bFr) {
-        return root.source?.fr ?? 0;
+    function bindHead() {
+        scrubber.playHead.fr = Qt.binding(() => root.source?.fr ?? 0);
+    }
+
+    /** A play head that a marker has kept from the current frame goes there when the marker makes way. */
+    function releaseHead() {
+        if (root.source && scrubber.playHead.fr !== root.source.fr)
+            root.bindHead();
     }
 
     /** As a click on a button does: a number that is being typed is taken, and the keys play again. */
@@ -44,12 +49,20 @@ Column {
     Connections {
         target: scrubber.aMarker
 
+        function onPositionChanged() {
+            root.releaseHead();
+        }
+
         function onMoved() {
             root.source.aFr = scrubber.aMarker.fr;
         }
     }
     Connections {
         target: scrubber.bMarker
+
+        function onPositionChanged() {
+            root.releaseHead();
+        }
 
         function onMoved() {
             root.source.bFr = scrubber.bMarker.fr;

@@ -66,8 +66,14 @@ PlaybackSource *PlaybackFixture::startUnread(const QJsonObject &values)
     m_source->answersAtOnce = true;
     m_source->updateValues(values);
     m_source->setSelected(true);
-    openDocument(Document, u"source"_s, QVariant::fromValue<PlaybackVeskObject *>(m_source.get()));
+    show();
     return window() ? m_source.get() : nullptr;
+}
+
+void PlaybackFixture::show()
+{
+    close();
+    openDocument(Document, u"source"_s, QVariant::fromValue<PlaybackVeskObject *>(m_source.get()));
 }
 
 PlaybackSource *PlaybackFixture::start(int firstFr, int lastFr)

@@ -41,6 +41,8 @@ public:
     PlaybackSource *startPaused(int firstFr, int lastFr);
     /** Shows a source whose values are not there yet, or only these. */
     PlaybackSource *startUnread(const QJsonObject &values = {});
+    /** Shows the source in a new window, as when it is selected once more. */
+    void show();
     PlaybackSource *source() const { return m_source.get(); }
     /** The source vanishes while it is shown. */
     void dropSource();
