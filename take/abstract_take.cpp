@@ -3,6 +3,7 @@
 #include "app/vesk_app.h"
 #include "camera/camera.h"
 #include "image/abstract_take_img_adj_model.h"
+#include "image/img_search.h"
 
 #include <QJsonDocument>
 #include <QNetworkAccessManager>
@@ -51,6 +52,7 @@ void AbstractTake::setSavedOpened(bool value, bool latch, bool quiet)
     emit savedOpenedChanged();
     if (!value) {
         emit deletedClosed();
+        imgSearch()->cancel();
         if (selected())
             VeskApp::instance()->setSelectedVeskObject(m_camera);
         m_closeLatch = latch;

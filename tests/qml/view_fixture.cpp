@@ -76,7 +76,9 @@ void ViewFixture::close()
         if (auto *camera = qobject_cast<Camera *>(source))
             camera->disconnectCamera();
     }
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    // What goes may leave what it holds to be deleted, too; nothing may outlive the engine.
+    for (int i = 0; i < 4; ++i)
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     m_engine.reset();
     qInstallMessageHandler(previousHandler);
     qDeleteAll(std::exchange(m_simulated, {}));
