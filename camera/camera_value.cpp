@@ -32,9 +32,15 @@ void CameraValue::setValue(const QVariant &value, bool silent)
         emit valueChangedLocal(this);
 }
 
+bool CameraValue::ignoresUpdate()
+{
+    // A change that is held back may wait for longer than one poll; until it goes out the camera cannot know.
+    return std::exchange(m_ignoreNextUpdate, false) || (m_sendPending && m_unanswered > 0);
+}
+
 bool CameraValue::setValueFromJson(const QJsonValue &json)
 {
-    if (std::exchange(m_ignoreNextUpdate, false))
+    if (ignoresUpdate())
         return false;
     const bool changed = VeskValue::setValueFromJson(json);
     if (changed)
@@ -45,7 +51,7 @@ bool CameraValue::setValueFromJson(const QJsonValue &json)
 
 bool CameraValue::updateValue(const QVariant &value)
 {
-    if (std::exchange(m_ignoreNextUpdate, false))
+    if (ignoresUpdate())
         return false;
     const bool changed = VeskValue::updateValue(value);
     if (changed)

@@ -10,7 +10,8 @@ class Camera;
 /**
  * A value of a camera. A local write shows at once and is sent within 50 ms, however many writes come in
  * between, but not before the answer to the one before; the next remote update is dropped, because the poll
- * under way may still carry the old value, and the one after it is believed again.
+ * under way may still carry the old value, and the one after it is believed again, unless a change still
+ * waits for that answer.
  */
 class CameraValue : public VeskValue
 {
@@ -43,6 +44,8 @@ protected:
 
 private:
     void setLocal(const QVariant &value) { setValue(value, false); }
+    /** Whether a remote update is older than what was written here. */
+    bool ignoresUpdate();
 
     bool m_ignoreNextUpdate = false;
     bool m_sendPending = false;

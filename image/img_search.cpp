@@ -73,11 +73,21 @@ void ImgSearch::start(bool forward)
     m_workingStep = m_step;
     m_startFr = m_source->fr();
     setFr(m_startFr);
+    // Whoever was told of all this may have begun a search in the meantime; that one goes on.
+    if (m_state == Searching)
+        return;
     m_forward = forward;
     m_state = Searching;
     startWorker();
+    const quint64 number = m_searchNumber;
     emit stateChanged();
-    readFrame(&ImgSearchWorker::init);
+    if (isCurrent(number))
+        readFrame(&ImgSearchWorker::init);
+}
+
+bool ImgSearch::isCurrent(quint64 searchNumber) const
+{
+    return m_state == Searching && searchNumber == m_searchNumber;
 }
 
 void ImgSearch::startWorker()
@@ -91,7 +101,7 @@ void ImgSearch::startWorker()
     const quint64 number = ++m_searchNumber;
     const auto forThisSearch = [this, number](void (ImgSearch::*handler)()) {
         return [this, number, handler] {
-            if (m_state == Searching && number == m_searchNumber)
+            if (isCurrent(number))
                 (this->*handler)();
         };
     };
@@ -105,9 +115,6 @@ void ImgSearch::startWorker()
 
 void ImgSearch::readFrame(WorkerSlot arrived)
 {
-    // Whoever was told of the step may have cancelled.
-    if (m_state == Idle)
-        return;
     m_rawFrame = new RawFrame(this);
     connect(m_rawFrame, &RawFrame::initFinished, m_worker.get(), arrived);
     connect(m_rawFrame, &RawFrame::initError, this, &ImgSearch::readFailed);
@@ -117,21 +124,28 @@ void ImgSearch::readFrame(WorkerSlot arrived)
 
 void ImgSearch::examineNext()
 {
+    const quint64 number = m_searchNumber;
     dropRawFrame();
     setFr(saturatedSum(m_fr, saturatedProduct(m_workingStep, m_forward ? 1 : -1)));
+    // Whoever was told of the step may have cancelled.
+    if (!isCurrent(number))
+        return;
     const qint64 limit = std::max(m_source->aFr(), std::min<qint64>(m_fr, m_source->bFr()));
-    if (limit != m_fr) {
-        setFr(limit);
-        frameFound();
+    if (limit == m_fr) {
+        readFrame(&ImgSearchWorker::compare);
         return;
     }
-    readFrame(&ImgSearchWorker::compare);
+    setFr(limit);
+    if (isCurrent(number))
+        frameFound();
 }
 
 void ImgSearch::frameFound()
 {
+    const quint64 number = m_searchNumber;
     m_source->setFr(m_fr);
-    cancel();
+    if (isCurrent(number))
+        cancel();
 }
 
 void ImgSearch::readFailed()

@@ -68,6 +68,8 @@ private:
     using WorkerSlot = void (ImgSearchWorker::*)();
 
     void startWorker();
+    /** The search of that number still runs. */
+    bool isCurrent(quint64 searchNumber) const;
     void setFr(qint64 fr);
     void readFrame(WorkerSlot arrived);
     void examineNext();

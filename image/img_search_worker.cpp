@@ -29,6 +29,8 @@ bool ImgSearchWorker::sameSize() const
 void ImgSearchWorker::init()
 {
     const auto *rawFrame = qobject_cast<RawFrame *>(sender());
+    if (!rawFrame) // taken back while its signal was on the way
+        return;
     m_a.frame = new VeskFrame(&m_adj, this);
     m_a.frame->setObjectName(QStringLiteral("A"));
     m_b.frame = new VeskFrame(&m_adj, this);
@@ -44,6 +46,8 @@ void ImgSearchWorker::init()
 void ImgSearchWorker::compare()
 {
     const auto *rawFrame = qobject_cast<RawFrame *>(sender());
+    if (!rawFrame) // taken back while its signal was on the way
+        return;
     if (!load(rawFrame, *m_target) || !sameSize()) {
         emit frameRefused();
         return;

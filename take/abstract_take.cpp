@@ -110,7 +110,7 @@ void AbstractTake::readTakeInfo(QNetworkReply *reply)
     // The camera answers with its whole tree down to the take.
     const QStringList path = takePath().split(QLatin1Char('/'), Qt::SkipEmptyParts);
     updateValues(jsonValue(path, document.object()).toObject());
-    if (reply->property("init").toBool())
+    if (reply->property("init").toBool() && m_savedOpened)
         openRange();
 }
 

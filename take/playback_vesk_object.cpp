@@ -43,6 +43,9 @@ void PlaybackVeskObject::armPlayTimer()
     }
     m_playClock.restart(m_fr);
     m_playTimer->start();
+    // Of a source at rest, and of a recording of one frame, none falls due.
+    if (m_valuesInit && imgFrame()->image().isNull())
+        requestFrame();
 }
 
 void PlaybackVeskObject::createValues()

@@ -167,9 +167,16 @@ private slots:
         tell({{"prtn_cnt", 4}, {"saved_takes", QJsonArray{2}}});
         connectIt();
         VeskApp *app = VeskApp::instance();
-        app->setSelectedVeskObject(take(2));
+        QPointer<Take> shown(take(2));
+        app->setSelectedVeskObject(shown);
+        // Views go with the selection, and need their take until then.
+        bool thereWhenTold = false;
+        const QObject listener;
+        connect(app, &VeskApp::selectedVeskObjectChanged, &listener, [&] { thereWhenTold = shown; });
         tell({{"prtn_cnt", 2}});
         QTRY_COMPARE(app->selectedVeskObject(), nullptr);
+        QVERIFY(thereWhenTold);
+        QTRY_VERIFY(!shown);
         QTRY_COMPARE(takeIds(), QList<int>({1, 2}));
     }
 

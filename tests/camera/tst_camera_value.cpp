@@ -177,6 +177,25 @@ private slots:
         QCOMPARE(exposurePuts()[1].body, "400");
     }
 
+    void changeThatIsHeldBackIsNotUndoneByPolls()
+    {
+        m_server->setHold([](const auto &request) { return request.body == "200"; });
+        exposure()->setValue(200, false);
+        QTRY_COMPARE(m_server->heldCount(), 1);
+        exposure()->setValue(300, false);
+        for (int poll = 0; poll < 3; ++poll)
+            exposure()->setValueFromJson(100);
+        exposure()->updateValue(100);
+        QCOMPARE(exposure()->variant().toInt(), 300);
+        QSignalSpy sent(exposure(), &CameraValue::valueSent);
+        m_server->release();
+        QTRY_COMPARE(sent.count(), 2);
+        QCOMPARE(exposurePuts().size(), 2);
+        QCOMPARE(exposurePuts()[1].body, "300");
+        exposure()->setValueFromJson(250); // the camera's word is believed again
+        QCOMPARE(exposure()->variant().toInt(), 250);
+    }
+
     void silentCameraHoldsAChangeBackForASecondOnly()
     {
         m_server->setHold([](const auto &) { return true; });

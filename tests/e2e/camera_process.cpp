@@ -77,7 +77,8 @@ bool CameraProcess::put(const QString &path, const QByteArray &json)
 
 bool CameraProcess::setFault(const QString &route, const QString &kind)
 {
-    const QStringList every = {u"status"_s, u"xfer"_s, u"takes"_s, u"bref"_s, u"put"_s, u"ssd-ls"_s, u"command"_s};
+    const QStringList every = {u"status"_s, u"xfer"_s,   u"takes"_s,  u"bref"_s,
+                               u"put"_s,    u"ssd-ls"_s, u"command"_s};
     const QStringList routes = route == "*"_L1 ? every : QStringList{route};
     for (const QString &on : routes) {
         const QByteArray body = QJsonDocument(QJsonObject{{u"on"_s, on}, {u"kind"_s, kind}}).toJson();
@@ -91,4 +92,20 @@ bool CameraProcess::force(const QString &path, const QByteArray &json)
 {
     return m_client.post(u"/sim/force"_s, R"({"path":")" + path.toUtf8() + R"(","value":)" + json + "}") ==
            200;
+}
+
+bool CameraProcess::delayFrames(int ms)
+{
+    const QByteArray body = QStringLiteral(R"({"on":"xfer","kind":"delay","ms":%1})").arg(ms).toUtf8();
+    return m_client.post(u"/sim/fault"_s, body) == 200;
+}
+
+bool CameraProcess::clearFaults()
+{
+    return m_client.send("DELETE", u"/sim/fault"_s).status == 200;
+}
+
+bool CameraProcess::makeTake(const QByteArray &order)
+{
+    return m_client.post(u"/sim/take"_s, order) == 200;
 }

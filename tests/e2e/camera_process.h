@@ -33,6 +33,11 @@ public:
     bool put(const QString &path, const QByteArray &json);
     /// `route` as in sim/fault.h, all of them for "*".
     bool setFault(const QString &route, const QString &kind);
+    /// Answers frames so much later.
+    bool delayFrames(int ms);
+    bool clearFaults();
+    /// An order as in sim/footage.h; the camera has that take at once.
+    bool makeTake(const QByteArray &order);
     bool force(const QString &path, const QByteArray &json);
 
 private:

@@ -81,7 +81,7 @@ QByteArray Screen::title(Window window) const
                       xcb_get_property_value_length(reply.get()));
 }
 
-std::optional<Screen::Window> Screen::window(const QString &wanted) const
+std::optional<Screen::Window> Screen::window(const QString &wanted, QSize size) const
 {
     const auto tree =
         answer(xcb_query_tree_reply(m_connection, xcb_query_tree(m_connection, m_root), nullptr));
@@ -92,7 +92,8 @@ std::optional<Screen::Window> Screen::window(const QString &wanted) const
         const auto attributes = answer(xcb_get_window_attributes_reply(
             m_connection, xcb_get_window_attributes(m_connection, children[i]), nullptr));
         if (attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE &&
-            title(children[i]) == wanted.toUtf8())
+            title(children[i]) == wanted.toUtf8() &&
+            (!size.isValid() || geometry(children[i]).size() == size))
             return children[i];
     }
     return {};

@@ -29,8 +29,8 @@ public:
     void keepPicture(const QString &name) const { keep(picture(), name); }
     static void keep(const QImage &picture, const QString &name);
 
-    /// The visible window of that title.
-    std::optional<Window> window(const QString &title) const;
+    /// The visible window of that title, and of that size if one is given.
+    std::optional<Window> window(const QString &title, QSize size = {}) const;
     QRect geometry(Window window) const;
     /// What a window manager would do when the user picks the window.
     void focus(Window window) const;

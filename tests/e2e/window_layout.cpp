@@ -28,8 +28,15 @@ struct Section {
 const std::vector<Row> lineRows = {{"Signal", 30},     {"Mode", 30},       {"Polarity", 30}, {"Delay", 30},
                                    {"Min. Width", 30}, {"Max. Width", 30}, {"Filter", 30}};
 
+const std::vector<Row> toolRows = {{"Transform", 24},       {"", 8}, {"Focus Peaking", 30},
+                                   {"Exposure Assist", 30}, {"", 8}, {"Histogram", 64}};
+const std::vector<Row> adjustmentRows = {{"Channel", 30},  {"Offset", 44}, {"Gain", 44}, {"Gamma", 44},
+                                         {"Contrast", 44}, {"", 4},        {"Reset", 30}};
+const std::vector<Row> colourRows = {{"White Balance", 25}, {"Red", 44}, {"Green", 44},
+                                     {"Blue", 44},          {"", 4},     {"Auto White Balance", 30}};
+
 // Everything that a camera can have, in the order of the panel.
-const std::vector<Section> sections = {
+const std::vector<Section> cameraSections = {
     {"Camera", {{"Name", 25}, {"Serial", 25}, {"IP Address", 25}, {"Model", 25}}},
     {"Acquisition",
      {{"State", 25},
@@ -43,24 +50,11 @@ const std::vector<Section> sections = {
       {"Black Reference", 40},
       {"", 4},
       {"Record", 40}}},
-    {"Frame Buffer", {{"Take", 25}, {"", 4}, {"Partition", 30}}},
-    {"Image Tools",
-     {{"Transform", 24},
-      {"", 8},
-      {"Focus Peaking", 30},
-      {"Exposure Assist", 30},
-      {"", 8},
-      {"Histogram", 64}}},
-    {"Image Adjustments",
-     {{"Channel", 30},
-      {"Offset", 44},
-      {"Gain", 44},
-      {"Gamma", 44},
-      {"Contrast", 44},
-      {"", 4},
-      {"Reset", 30}}},
-    {"Color Adjustments",
-     {{"White Balance", 25}, {"Red", 44}, {"Green", 44}, {"Blue", 44}, {"", 4}, {"Auto White Balance", 30}}},
+    {"Frame Buffer",
+     {{"Take", 25}, {"Recorded Frames", 25}, {"Partition Size", 25}, {"", 4}, {"Partition", 30}}},
+    {"Image Tools", toolRows},
+    {"Image Adjustments", adjustmentRows},
+    {"Color Adjustments", colourRows},
     {"SSD",
      {{"State", 25},
       {"Name", 25},
@@ -98,6 +92,39 @@ const std::vector<Section> sections = {
     {"Video", {{"Format", 30}}},
     {"Firmware", {{"Version", 25}, {"", 4}, {"Firmware Update", 30}}},
 };
+
+// The same of a take.
+const std::vector<Section> takeSections = {
+    {"Take",
+     {{"Take Number", 25},
+      {"Resolution", 25},
+      {"Frame Rate", 25},
+      {"Exposure Time", 25},
+      {"Frame Sync Mode", 25},
+      {"Black Ref Mode", 30},
+      {"", 4},
+      {"Delete...", 30}}},
+    {"Camera", {{"Name", 25}, {"Serial", 25}, {"Model", 25}, {"Firmware Version", 25}}},
+    {"Image Tools", toolRows},
+    {"Image Adjustments", adjustmentRows},
+    {"Color Adjustments", colourRows},
+    {"Image Search", {{"Reference Frame", 30}, {"Frame Step", 30}, {"Threshold", 44}}},
+    {"Lens Info",
+     {{"Mount", 25}, {"Name", 25}, {"Focal Length", 25}, {"Focus Distance", 25}, {"F-stop", 25}}},
+};
+
+const std::vector<Section> &sectionsOf(WindowLayout::Panel panel)
+{
+    return panel == WindowLayout::Panel::Take ? takeSections : cameraSections;
+}
+
+// The controls of playback: their height, and what lies in it from left to right.
+constexpr int playbackHeight = 100;
+constexpr int transportMargin = 10;
+constexpr int transportWidth = 200;
+constexpr int playbackSpacing = 20;
+constexpr int settingsWidth = 145;
+constexpr int settingsMargin = 20;
 } // namespace
 
 WindowLayout::WindowLayout(const QImage &window) : m_size(window.size())
@@ -136,7 +163,7 @@ bool WindowLayout::isHidden(const char *section, const char *row) const
 int WindowLayout::sectionTop(const QString &name) const
 {
     int y = panelTop();
-    for (const Section &section : sections) {
+    for (const Section &section : sectionsOf(m_panel)) {
         const QString here = QString::fromLatin1(section.name);
         if (here == name)
             return y;
@@ -157,7 +184,7 @@ QPoint WindowLayout::sectionHeader(const QString &section) const
 
 QRect WindowLayout::widget(const QString &wanted, const QString &wantedSection) const
 {
-    for (const Section &section : sections) {
+    for (const Section &section : sectionsOf(m_panel)) {
         if (!wantedSection.isEmpty() && QString::fromLatin1(section.name) != wantedSection)
             continue;
         int y = sectionTop(QString::fromLatin1(section.name)) + 2 + headerHeight + 2 + edgeHeight;
@@ -223,6 +250,17 @@ QRect WindowLayout::tabName() const
     return tab().adjusted(50, 8, -8, -8);
 }
 
+QRect WindowLayout::takeTab(int place) const
+{
+    // 28 high; the borders of 2 lie on each other.
+    return {tab().left(), tab().bottom() - 1 + 26 * (place - 1), tab().width(), 28};
+}
+
+QRect WindowLayout::takeTabIcon(int place) const
+{
+    return QRect(takeTab(place).topLeft() + QPoint(5, 0), QSize(50, 28)).adjusted(4, 4, -4, -4);
+}
+
 QRect WindowLayout::mainArea() const
 {
     return {0, m_top, m_size.width() - tabBarWidth, m_size.height() - m_top};
@@ -230,7 +268,8 @@ QRect WindowLayout::mainArea() const
 
 QRect WindowLayout::pictureArea() const
 {
-    return mainArea().adjusted(panelWidth + 50, 50, -50, -50);
+    const int below = m_panel == Panel::Take ? playbackHeight : 0;
+    return mainArea().adjusted(panelWidth + 50, 50, -50, -50 - below);
 }
 
 QRect WindowLayout::timestamp() const
@@ -241,4 +280,35 @@ QRect WindowLayout::timestamp() const
 QRect WindowLayout::readOut() const
 {
     return {panelWidth + 20, m_size.height() - 40, 250, 24};
+}
+
+QRect WindowLayout::playback() const
+{
+    const QRect area = mainArea();
+    return {panelWidth, area.bottom() + 1 - playbackHeight, area.width() - panelWidth, playbackHeight};
+}
+
+QPoint WindowLayout::playButton(int index) const
+{
+    return playback().topLeft() + QPoint(transportMargin + transportWidth * (2 * index + 1) / 10, 25);
+}
+
+QPoint WindowLayout::stepButton(int index) const
+{
+    return playButton(index) + QPoint(0, 25 + 20);
+}
+
+QPoint WindowLayout::onBar(double place) const
+{
+    // The track is 5 shorter than the bar at either side.
+    const QRect row = frameRow();
+    return {row.left() - 6 + 5 + qRound(place * (row.width() + 12 - 11)), playback().bottom() - 56};
+}
+
+QRect WindowLayout::frameRow() const
+{
+    // 12 narrower than the column of the bar.
+    const int left = playback().left() + transportMargin + transportWidth + playbackSpacing;
+    const int right = playback().right() + 1 - settingsMargin - settingsWidth - playbackSpacing;
+    return {left + 6, playback().bottom() - 38, right - left - 12, 24};
 }

@@ -18,6 +18,10 @@ public:
     /// False when the picture shows no camera's panel.
     bool valid() const { return m_top > 0; }
 
+    /// Which source is selected; from the start it is a camera.
+    enum class Panel { Camera, Take };
+    void setPanel(Panel panel) { m_panel = panel; }
+
     /// Tells that a section of the panel is folded; those of colours, lines and
     /// firmware are so from the start.
     void setFolded(const QString &section, bool folded);
@@ -44,6 +48,9 @@ public:
 
     /// The first tab: its box, the icon in it, and the camera's name.
     QRect tab() const;
+    /// The tab of a take below it, from 1 for the first that is there.
+    QRect takeTab(int place) const;
+    QRect takeTabIcon(int place) const;
     QRect tabIcon() const;
     QRect tabName() const;
 
@@ -55,11 +62,25 @@ public:
     QRect timestamp() const;
     QRect readOut() const;
 
+    /// The controls of playback below the picture of a take.
+    QRect playback() const;
+    /// Rewind, play backwards, play, fast forward, repeat.
+    QPoint playButton(int index) const;
+    /// Skip back, step back, trigger, step forward, skip forward.
+    QPoint stepButton(int index) const;
+    /// A place of the bar, from 0 at its first frame to 1 at its last.
+    QPoint onBar(double place) const;
+    /// The row of frame numbers below the bar, and the search's in its place.
+    QRect frameRow() const;
+    QPoint startHere() const { return frameRow().topLeft() + QPoint(9, 12); }
+    QPoint endHere() const { return frameRow().topRight() + QPoint(-9, 12); }
+
 private:
     int panelTop() const { return m_top + 2; }
     int sectionTop(const QString &section) const;
     bool isHidden(const char *section, const char *row) const;
 
+    Panel m_panel = Panel::Camera;
     QSize m_size;
     int m_top = 0; ///< of all that is under the menu bar
     QSet<QString> m_folded = {QStringLiteral("Color Adjustments"),

@@ -1,7 +1,9 @@
 #include "tests/image/search_source.h"
 #include "tests/support/vesk_test_main.h"
 
+#include <QElapsedTimer>
 #include <QRegularExpression>
+#include <QTimer>
 
 /** What ends a search before it has found anything, and what takes its place. */
 class TestImgSearchEnd : public QObject
@@ -21,7 +23,11 @@ private slots:
     void frameThatIsNoFrameEndsTheSearch();
     void frameOfAnotherSizeEndsTheSearch();
     void handlerThatCancelsEndsTheReading();
+    void searchBegunByAHandlerGoesOn_data();
+    void searchBegunByAHandlerGoesOn();
     void quitEndsTheSearch();
+    void quitWhileFramesAreComparedEndsTheSearch();
+    void windowWaitsForOneComparisonAtMost();
     void sourceMayGoInMidSearch();
     void noFrameIsLeftBehind();
 };
@@ -192,6 +198,51 @@ void TestImgSearchEnd::handlerThatCancelsEndsTheReading()
     QCOMPARE(source->fr(), 0);
 }
 
+void TestImgSearchEnd::searchBegunByAHandlerGoesOn_data()
+{
+    QTest::addColumn<QByteArray>("signal");
+    QTest::newRow("state of the search") << QByteArray(SIGNAL(stateChanged()));
+    QTest::newRow("frame of the search") << QByteArray(SIGNAL(frChanged()));
+    QTest::newRow("state of the source") << QByteArray("source");
+}
+
+/** Starts a search backwards as soon as it is told of something. */
+class Restarter : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit Restarter(ImgSearch *search) : m_search(search) {}
+
+public slots:
+    void restart()
+    {
+        if (!std::exchange(m_done, true))
+            m_search->start(false);
+    }
+
+private:
+    ImgSearch *m_search;
+    bool m_done = false;
+};
+
+void TestImgSearchEnd::searchBegunByAHandlerGoesOn()
+{
+    QFETCH(const QByteArray, signal);
+    for (int round = 0; round < 20; ++round) {
+        const auto source = sourceAt(50);
+        ImgSearch *search = source->imgSearch();
+        Restarter restarter(search);
+        if (signal == "source")
+            connect(source.get(), &PlaybackVeskObject::stateChanged, &restarter, &Restarter::restart);
+        else
+            connect(search, signal.constData(), &restarter, SLOT(restart()));
+        search->start(true);
+        QVERIFY(QTest::qWaitFor([&] { return search->state() == ImgSearch::Idle && source->fr() == 0; }));
+        QCOMPARE(source->asked.last(), 0); // backwards to the start of the range
+    }
+}
+
 void TestImgSearchEnd::quitEndsTheSearch()
 {
     const auto source = sourceAt(0);
@@ -201,6 +252,52 @@ void TestImgSearchEnd::quitEndsTheSearch()
     QCoreApplication::exec();
     QCOMPARE(source->imgSearch()->state(), ImgSearch::Idle);
     QCOMPARE(source->fr(), 0);
+}
+
+/** A source with large frames that never differ. */
+static std::unique_ptr<PlaybackSource> largeSource()
+{
+    auto source = sourceAt(0, 0, 1000000);
+    source->size = {1280, 1024};
+    const QByteArray pixels(1280 * 1024, '\x40');
+    source->pixels = [pixels](qlonglong) { return pixels; };
+    source->imgSearch()->setStep(1);
+    return source;
+}
+
+void TestImgSearchEnd::quitWhileFramesAreComparedEndsTheSearch()
+{
+    const auto source = largeSource();
+    source->imgSearch()->start(true);
+    QTimer::singleShot(100, qApp, &QCoreApplication::quit);
+    QCoreApplication::exec();
+    QCOMPARE(source->imgSearch()->state(), ImgSearch::Idle);
+    QCOMPARE(source->fr(), 0);
+    QVERIFY(source->asked.size() > 1);
+}
+
+void TestImgSearchEnd::windowWaitsForOneComparisonAtMost()
+{
+    const auto source = largeSource();
+    // What a frame costs: all of it is the worker's, the source answers at once.
+    QElapsedTimer timer;
+    timer.start();
+    source->imgSearch()->start(true);
+    QVERIFY(reads(*source, 40));
+    const double comparisonMs = double(timer.elapsed()) / 40;
+    // Cancelled at any point of a comparison.
+    double longestMs = 0;
+    for (int round = 0; round < 10; ++round) {
+        source->imgSearch()->start(true);
+        const auto already = source->asked.size();
+        QVERIFY(QTest::qWaitFor([&] { return source->asked.size() > already + 2 + round % 3; }));
+        timer.restart();
+        source->imgSearch()->cancel();
+        longestMs = std::max(longestMs, double(timer.nsecsElapsed()) * 1e-6);
+    }
+    // The factor and the rest are for a machine that does other things meanwhile.
+    QVERIFY2(longestMs <= 3 * comparisonMs + 30,
+             qPrintable(QStringLiteral("%1 ms of %2 ms").arg(longestMs).arg(comparisonMs)));
 }
 
 void TestImgSearchEnd::sourceMayGoInMidSearch()

@@ -24,12 +24,35 @@ private slots:
         source.open(-10, 10);
         QVERIFY(source.asked.isEmpty());
         source.setSelected(true);
+        QCOMPARE(source.asked, QList<qlonglong>{-10});
+        source.answer();
         source.setFr(-7);
-        QCOMPARE(source.asked, QList<qlonglong>{-7});
+        QCOMPARE(source.asked, (QList<qlonglong>{-10, -7}));
         QCOMPARE(source.requestFrame(), -1);
         source.answer();
         QCOMPARE(source.requestFrame(), 0);
-        QCOMPARE(source.asked, (QList<qlonglong>{-7, -7}));
+        QCOMPARE(source.asked, (QList<qlonglong>{-10, -7, -7}));
+    }
+
+    void selectionAsksForAFrameOnlyWhileNothingIsOnScreen()
+    {
+        PlaybackSource source;
+        source.setSelected(true);
+        QVERIFY(source.asked.isEmpty()); // the values are not in
+        source.setSelected(false);
+        source.open(0, 0); // it plays, and of one frame none falls due
+        source.setSelected(true);
+        QCOMPARE(source.asked, QList<qlonglong>{0});
+        source.answer();
+        QCOMPARE(source.imgFrame()->image().size(), QSize(2, 2));
+        source.setSelected(false);
+        source.setSelected(true);
+        QCOMPARE(source.asked, QList<qlonglong>{0});
+        source.pause();
+        source.setSelected(false);
+        source.imgFrame()->setImage({});
+        source.setSelected(true);
+        QCOMPARE(source.asked, (QList<qlonglong>{0, 0}));
     }
 
     void slowFramesAreSkippedNeverQueued()

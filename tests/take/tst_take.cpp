@@ -1,4 +1,5 @@
 #include "camera/camera.h"
+#include "image/img_search.h"
 #include "take/raw_frame.h"
 #include "take/take.h"
 #include "tests/support/http_recorder.h"
@@ -12,6 +13,18 @@
 #include <memory>
 
 using namespace Qt::StringLiterals;
+
+/** Counts how often it was finished. */
+class CountingTake : public Take
+{
+public:
+    using Take::Take;
+
+    int savedCount = 0;
+
+protected:
+    void takeSaved() override { ++savedCount; }
+};
 
 /** One take: what it asks of the camera, what it takes from the answer, and how it comes and goes. */
 class TestTake : public QObject
@@ -257,6 +270,73 @@ private slots:
         m_server->release();
         QTRY_VERIFY(!m_take->frameInFlight());
         QVERIFY(m_take->imgFrame()->image().isNull());
+    }
+
+    void recordingInAPartitionThatWasPausedIsShownWhenItIsOpened()
+    {
+        appear();
+        VeskApp *app = VeskApp::instance();
+        app->setSelectedVeskObject(m_take);
+        m_take->pause();
+        QTRY_VERIFY(!m_take->frameInFlight());
+        m_take->setSavedOpened(false, false, false);
+        m_take->setSavedOpened(true, false, false);
+        QTRY_VERIFY(infoCount() >= 2);
+        m_server->clear();
+        app->setSelectedVeskObject(m_take);
+        QTRY_COMPARE(m_server->requests("POST", "/xfer").size(), 1);
+    }
+
+    void lateDescriptionOfATakeThatHasGoneOpensNothing()
+    {
+        m_server->setHold([](const auto &) { return true; });
+        m_take->setSavedOpened(true, false, true);
+        QTRY_COMPARE(m_server->heldCount(), 1);
+        m_take->setSavedOpened(false, false, true);
+        m_server->release();
+        QTRY_COMPARE(m_take->lastFrValue()->variant().toInt(), 9);
+        QCOMPARE(m_take->valuesInit(), false);
+        answerWith(tree(record({{"first_fr", -1}, {"last_fr", 1}})));
+        appear();
+        QCOMPARE(m_take->aFr(), -1);
+        QCOMPARE(m_take->bFr(), 1);
+        QCOMPARE(m_take->fr(), -1);
+    }
+
+    void goingIsToldBeforeTheCameraIsSelected()
+    {
+        appear();
+        VeskApp *app = VeskApp::instance();
+        app->setSelectedVeskObject(m_take);
+        m_take->imgSearch()->start(true);
+        QStringList order;
+        const QObject listener;
+        connect(m_take, &AbstractTake::savedOpenedChanged, &listener, [&] { order.append("saved"); });
+        connect(m_take, &AbstractTake::deletedClosed, &listener, [&] { order.append("gone"); });
+        connect(app, &VeskApp::selectedVeskObjectChanged, &listener, [&] {
+            if (app->selectedVeskObject())
+                order.append("selected");
+        });
+        m_take->setSavedOpened(false, false, false);
+        QCOMPARE(order, QStringList({"saved", "gone", "selected"}));
+        QCOMPARE(m_take->imgSearch()->state(), ImgSearch::Idle);
+    }
+
+    void onlyATakeThatAppearsWhileWatchedIsSavedByItself_data()
+    {
+        QTest::addColumn<bool>("quiet");
+        QTest::addColumn<int>("saved");
+        QTest::newRow("at the connection") << true << 0;
+        QTest::newRow("later") << false << 1;
+    }
+
+    void onlyATakeThatAppearsWhileWatchedIsSavedByItself()
+    {
+        QFETCH(const bool, quiet);
+        CountingTake take(5, m_camera.get());
+        take.setSavedOpened(true, false, quiet);
+        take.setSavedOpened(true, false, false);
+        QTEST(take.savedCount, "saved");
     }
 
     void vanishingWhileAnotherSourceIsSelectedLeavesThat()
