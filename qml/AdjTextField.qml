@@ -13,8 +13,6 @@ Item {
     required property string name
     property real value: 0
     property int decimals: 2
-    /** What the field showed when the user came to it; changes of the value leave it alone until he goes. */
-    property string before: ""
     property alias validator: field.validator
     property alias acceptableInput: field.acceptableInput
     property alias text: field.text
@@ -23,34 +21,6 @@ Item {
     /** Acceptable input was entered. */
     signal editingFinished(real number)
 
-    function showValue() {
-        field.text = Qt.binding(() => root.value.toFixed(root.decimals));
-        root.before = field.text;
-    }
-
-    function leave() {
-        root.showValue();
-        field.focus = false;
-    }
-
-    /** A text that is acceptable goes on to the field, which finishes the edit. */
-    function refuse(event) {
-        event.accepted = !field.acceptableInput;
-        if (event.accepted)
-            root.leave();
-    }
-
-    function finish() {
-        const typed = field.text;
-        const edited = typed !== root.before;
-        const number = Number(typed);
-        // Before the focus goes: losing it would finish the same edit once more.
-        root.showValue();
-        field.focus = false;
-        if (edited && !isNaN(number))
-            root.editingFinished(number);
-    }
-
     implicitWidth: field.implicitWidth
     implicitHeight: field.implicitHeight
 
@@ -58,21 +28,21 @@ Item {
         id: field
 
         anchors.fill: parent
-        text: root.value.toFixed(root.decimals)
         color: !root.enabled ? Theme.disabledTextColor : acceptableInput ? "white" : "red"
         horizontalAlignment: TextInput.AlignHCenter
         Accessible.name: root.name
+        Keys.forwardTo: [edit]
         onActiveFocusChanged: {
-            if (activeFocus) {
-                field.text = root.before = root.value.toFixed(root.decimals);
+            if (activeFocus)
                 selectAll();
-            } else if (!acceptableInput) {
-                root.showValue();
-            }
         }
-        onEditingFinished: root.finish()
-        Keys.onReturnPressed: event => root.refuse(event)
-        Keys.onEnterPressed: event => root.refuse(event)
-        Keys.onEscapePressed: root.leave()
+
+        FieldEdit {
+            id: edit
+
+            field: field
+            shown: root.value.toFixed(root.decimals)
+            onEntered: number => root.editingFinished(number)
+        }
     }
 }

@@ -4,9 +4,10 @@ import QtQuick
 import QtQuick.Controls
 
 /**
- * Put into a text field, it lets the field show a number and take an edit of it. The field follows the number
- * but for the time in which the user has it; a text that he left as he found it, or that is no number, is
- * dropped. It never writes the number: that is what entered() is for.
+ * Put into a text field that forwards its keys to it, it lets the field show a number and take an edit of it.
+ * The field follows the number but for the time in which the user has it; a text that he left as he found it,
+ * that is not acceptable, or that is no number, is dropped. It never writes the number: that is what entered()
+ * is for.
  */
 Item {
     id: root
@@ -14,6 +15,7 @@ Item {
     required property TextField field
     /** The number as it is shown. */
     required property string shown
+    /** What the field showed when the user came to it. */
     property string before: ""
 
     /** The user typed another number. */
@@ -29,6 +31,13 @@ Item {
         root.field.focus = false;
     }
 
+    /** A text that is acceptable goes on to the field, which finishes the edit. */
+    function refuse(event) {
+        event.accepted = !root.field.acceptableInput;
+        if (event.accepted)
+            root.leave();
+    }
+
     function finish() {
         const edited = root.field.text !== root.before;
         const number = parseFloat(root.field.text);
@@ -38,6 +47,8 @@ Item {
             root.entered(number);
     }
 
+    Keys.onReturnPressed: event => root.refuse(event)
+    Keys.onEnterPressed: event => root.refuse(event)
     Keys.onEscapePressed: root.leave()
     Component.onCompleted: root.showNumber()
 
@@ -47,6 +58,8 @@ Item {
         function onActiveFocusChanged() {
             if (root.field.activeFocus)
                 root.field.text = root.before = root.shown;
+            else if (!root.field.acceptableInput)
+                root.showNumber();
         }
 
         function onEditingFinished() {

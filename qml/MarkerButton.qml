@@ -33,7 +33,7 @@ PressButton {
 
     TapHandler {
         acceptedButtons: Qt.RightButton
-        onTapped: menu.popup()
+        onTapped: menu.popup(root, 0, -menu.implicitHeight)
     }
     Menu {
         id: menu

@@ -117,17 +117,17 @@ QPoint PlaybackFixture::middle(const QString &name, QAccessible::Role role) cons
     return found ? centre(window(), found) : QPoint(-1, -1);
 }
 
-bool PlaybackFixture::press(const QString &name) const
+bool PlaybackFixture::press(const QString &name)
 {
-    const QPoint point = middle(name, QAccessible::Button);
-    QTest::mouseMove(window(), point);
-    QTest::mousePress(window(), Qt::LeftButton, {}, point);
-    return point.x() >= 0;
+    m_pressed = middle(name, QAccessible::Button);
+    QTest::mouseMove(window(), m_pressed);
+    QTest::mousePress(window(), Qt::LeftButton, {}, m_pressed);
+    return m_pressed.x() >= 0;
 }
 
-void PlaybackFixture::release() const
+void PlaybackFixture::release()
 {
-    QTest::mouseRelease(window(), Qt::LeftButton, {}, window()->mapFromGlobal(QCursor::pos()));
+    QTest::mouseRelease(window(), Qt::LeftButton, {}, m_pressed);
 }
 
 static QVariant contentProperty(QQuickItem *item, const char *name)

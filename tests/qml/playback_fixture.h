@@ -53,8 +53,9 @@ public:
     QQuickItem *item(const QString &name, QAccessible::Role role = QAccessible::NoRole) const;
     /** Middle of an element in the window, (-1, -1) if it is not shown. */
     QPoint middle(const QString &name, QAccessible::Role role = QAccessible::NoRole) const;
-    bool press(const QString &name) const;
-    void release() const;
+    /** The left button goes down on a button, and up again at the same place. */
+    bool press(const QString &name);
+    void release();
     /** Text that a button or a field shows, and the colour of a button's. */
     QString shownText(const QString &name, QAccessible::Role role = QAccessible::NoRole) const;
     QColor textColor(const QString &name) const;

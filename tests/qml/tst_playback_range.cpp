@@ -96,6 +96,11 @@ void TestPlaybackRange::rightClickOffersToResetAMarker()
                  ->property("width"),
              48.0);
     QCOMPARE(source->aFr(), -20);
+    ViewFixture::settle(m_view.window());
+    const QQuickItem *reset = m_view.item(u"Reset"_s, QAccessible::MenuItem);
+    const QPointF bracket = m_view.item(u"Start of the range here"_s)->mapToScene({0, 0});
+    QVERIFY(reset->mapToScene({0, reset->height()}).y() <= bracket.y());
+    QVERIFY(std::abs(reset->mapToScene({0, 0}).x() - bracket.x()) <= 2);
     QVERIFY(m_view.click(m_view.window(), m_view.element(u"Reset"_s, QAccessible::MenuItem)));
     QCOMPARE(source->aFr(), -100);
     QCOMPARE(source->bFr(), 30);
