@@ -46,6 +46,21 @@ Column {
             root.setUp();
         }
     }
+    // A later recording in the same partition of the camera's memory.
+    Connections {
+        target: root.source?.firstFr ?? null
+
+        function onValueChanged() {
+            root.setUp();
+        }
+    }
+    Connections {
+        target: root.source?.lastFr ?? null
+
+        function onValueChanged() {
+            root.setUp();
+        }
+    }
     Connections {
         target: scrubber.aMarker
 

@@ -2,6 +2,7 @@ pragma ComponentBehavior: Bound
 
 import QtQuick
 import QtQuick.Controls
+import Vesk
 
 /** Editable spin box with centred text, all of it selected on focus. Gives up focus after use. */
 SpinBox {
@@ -27,6 +28,11 @@ SpinBox {
         target: root.input
         property: "horizontalAlignment"
         value: TextInput.AlignHCenter
+    }
+    Binding {
+        target: root.input
+        property: "color"
+        value: root.enabled ? root.palette.text : Theme.disabledTextColor
     }
     Connections {
         target: root.input

@@ -315,8 +315,9 @@ void TestTakeGone::framesThatComeLateAreSkippedAndTheRightOneComesOncePaused()
     QTRY_VERIFY(m_simulated->requests("POST", u"/xfer"_s).last().body.contains("\"start\":" + wanted + ","));
     QTRY_VERIFY(!take->frameInFlight());
     const qint64 ns = m_simulated->takeFrameTimeNs(1, resting);
-    QTRY_VERIFY2(take->timestamp().endsWith(u'.' + QString::number(ns % 1000000000).rightJustified(9, u'0') + u'Z'),
-                 qPrintable(take->timestamp()));
+    QTRY_VERIFY2(
+        take->timestamp().endsWith(u'.' + QString::number(ns % 1000000000).rightJustified(9, u'0') + u'Z'),
+        qPrintable(take->timestamp()));
     QCOMPARE(take->fr(), resting);
 }
 
