@@ -202,3 +202,14 @@ void FrameKernel::developColor(const ColorTables &tables, const Buffers &buffers
 {
     forRows(buffers.height, [&](int first, int end) { ColorRows(tables, buffers).develop(first, end); });
 }
+
+quint16 FrameKernel::largestDifference(const quint16 *first, const quint16 *second, std::size_t count)
+{
+    quint16 largest = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        const quint16 above = first[i] > second[i] ? quint16(first[i] - second[i]) : quint16(0);
+        const quint16 below = second[i] > first[i] ? quint16(second[i] - first[i]) : quint16(0);
+        largest = std::max(largest, quint16(above | below));
+    }
+    return largest;
+}

@@ -3,6 +3,7 @@
 #include <QtTypes>
 
 #include <array>
+#include <cstddef>
 
 /**
  * A received frame on its way to the screen in one pass: every row is read once and leaves as raw samples, as
@@ -45,4 +46,7 @@ struct ColorTables {
 void developMono(const MonoTables &tables, const Buffers &buffers);
 /** width and height are at least 3: smaller frames have no pixel with all its neighbours. */
 void developColor(const ColorTables &tables, const Buffers &buffers);
+
+/** Largest difference of two samples at the same place; 0 without samples. */
+quint16 largestDifference(const quint16 *first, const quint16 *second, std::size_t count);
 } // namespace FrameKernel

@@ -1,5 +1,6 @@
 #include "image/img_adj_util.h"
 
+#include "image/frame_kernel.h"
 #include "image/img_adj_data.h"
 #include "image/img_overlay.h"
 
@@ -251,17 +252,12 @@ void ImgAdjUtil::rgbToGray16(const QList<quint16> &image, ushort width, ushort h
 bool ImgAdjUtil::framesDiffer(const quint16 *first, const quint16 *second, ushort height, ushort width,
                               ushort threshold) const
 {
-    // A few rows at a time, whose difference never leaves the processor's cache.
-    constexpr int BlockRows = 32;
-    const cv::Mat firstImage = wrapped(first, height, width, CV_16U);
-    const cv::Mat secondImage = wrapped(second, height, width, CV_16U);
-    cv::Mat difference;
-    for (int row = 0; row < height; row += BlockRows) {
-        const cv::Range rows(row, std::min<int>(row + BlockRows, height));
-        cv::absdiff(firstImage.rowRange(rows), secondImage.rowRange(rows), difference);
-        double largest = 0.0;
-        cv::minMaxIdx(difference, nullptr, &largest);
-        if (largest > threshold)
+    // A part at a time: a change near the top need not wait for the rest.
+    constexpr std::size_t PartSamples = 16384;
+    const std::size_t count = std::size_t(width) * height;
+    for (std::size_t start = 0; start < count; start += PartSamples) {
+        const std::size_t part = std::min(PartSamples, count - start);
+        if (FrameKernel::largestDifference(first + start, second + start, part) > threshold)
             return true;
     }
     return false;

@@ -35,6 +35,9 @@ void ImgSearchWorker::init()
     m_a.frame->setObjectName(QStringLiteral("A"));
     m_b.frame = new VeskFrame(&m_adj, this);
     m_b.frame->setObjectName(QStringLiteral("B"));
+    // Nobody else looks at them, and a frame that is refused ends the search.
+    m_a.frame->decodeInPlace();
+    m_b.frame->decodeInPlace();
     m_target = &m_b;
     if (!load(rawFrame, m_a)) {
         emit frameRefused();

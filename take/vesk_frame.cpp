@@ -72,15 +72,17 @@ bool VeskFrame::sizesHold(qsizetype recordSize, quint16 width, quint16 height, q
 
 bool VeskFrame::develop(QByteArrayView pixels, quint16 width, quint16 height, quint32 imgSize)
 {
-    m_nextFrame.width = width;
-    m_nextFrame.height = height;
+    DevelopedFrame &frame = m_inPlace ? m_frame : m_nextFrame;
+    frame.width = width;
+    frame.height = height;
     try {
-        engine()->developFrame(*m_adj, pixels, imgSize, m_nextFrame);
+        engine()->developFrame(*m_adj, pixels, imgSize, frame);
     } catch (const std::exception &error) {
         qWarning() << "Frame refused:" << error.what();
         return false;
     }
-    std::swap(m_frame, m_nextFrame);
+    if (!m_inPlace)
+        std::swap(m_frame, m_nextFrame);
     return true;
 }
 

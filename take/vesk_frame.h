@@ -38,6 +38,13 @@ public:
     VeskFrame(const ImgAdjData *adj, QObject *parent);
 
     /**
+     * From now on a frame is decoded into the buffers of the one before it, which takes half of the memory
+     * and so of the time that it costs. For an owner whose work ends with the first frame that is refused: it
+     * may leave the one before in pieces.
+     */
+    void decodeInPlace() { m_inPlace = true; }
+
+    /**
      * Decodes and adjusts a received frame. Pixels that the record promises but does not hold are 0. False,
      * with a log line and nothing changed, when the sizes describe no frame that a camera could send (no
      * pixels, more pixels than any sensor has, metadata beyond the record) or the engine refuses the frame.
@@ -102,6 +109,7 @@ private:
      * that fails half-way leaves it whole. The two change places with every frame.
      */
     DevelopedFrame m_nextFrame;
+    bool m_inPlace = false;
     qint32 m_imgSize = 0;
     quint32 m_metaSize = 0;
     quint64 m_yearOffset = 0;

@@ -34,6 +34,7 @@ private slots:
     void measurementRefusesWhatDoesNotFit();
     void framesDifferOnlyAboveTheThreshold();
     void everyPixelCountsForADifference();
+    void differenceIsThatOfThePlainComparison();
     void grayWeighsTheFirstChannelAsRed();
 
 private:
@@ -307,6 +308,32 @@ void TestImgAdjUtil::everyPixelCountsForADifference()
         QVERIFY(m_util.framesDiffer(first.constData(), second.constData(), Height, Width, 1999));
         QVERIFY(!m_util.framesDiffer(first.constData(), second.constData(), Height, Width, 2000));
     }
+}
+
+void TestImgAdjUtil::differenceIsThatOfThePlainComparison()
+{
+    // Sizes around the parts of the comparison; differences of any size at any place.
+    QRandomGenerator random(4);
+    for (const qsizetype count : {1, 7, 16383, 16384, 16385, 40000}) {
+        Lut first(count);
+        Lut second(count);
+        int largest = 0;
+        for (qsizetype i = 0; i < count; ++i) {
+            first[i] = quint16(random.bounded(65536));
+            second[i] = quint16(qBound(0, first[i] + random.bounded(-300, 301), 65535));
+            largest = std::max(largest, std::abs(int(first[i]) - int(second[i])));
+        }
+        const auto differ = [&](int threshold) {
+            return m_util.framesDiffer(first.constData(), second.constData(), 1, ushort(count),
+                                       ushort(threshold));
+        };
+        QVERIFY(!differ(largest));
+        QVERIFY(largest == 0 || differ(largest - 1));
+    }
+    const Lut low(9, 0);
+    const Lut high(9, 65535);
+    QVERIFY(m_util.framesDiffer(low.constData(), high.constData(), 3, 3, 65534));
+    QVERIFY(!m_util.framesDiffer(high.constData(), low.constData(), 3, 3, 65535));
 }
 
 void TestImgAdjUtil::grayWeighsTheFirstChannelAsRed()

@@ -33,6 +33,7 @@ private slots:
     void picturesOfOddWidthHaveNoSkew();
     void frameBeforeTheFirstHasNoPicture();
     void steadyFramesReuseTheirBuffers();
+    void frameDecodedInPlaceIsTheSameAndTakesNoOtherRoom();
 };
 
 static ImgAdjData mono()
@@ -303,6 +304,36 @@ void TestVeskFrame::steadyFramesReuseTheirBuffers()
         buffers << shownPicture.constBits() << shownImage.constData() << frame.raw().constData();
     }
     QCOMPARE(buffers.size(), 6);
+}
+
+void TestVeskFrame::frameDecodedInPlaceIsTheSameAndTakesNoOtherRoom()
+{
+    ImgAdjData adj = mono();
+    VeskFrame usual(&adj, nullptr);
+    VeskFrame inPlace(&adj, nullptr);
+    inPlace.decodeInPlace();
+    const quint16 *room = nullptr;
+    const Samples held = [&] {
+        for (const char first : {'\x10', '\x20', '\x30'}) {
+            const QByteArray record = TestFrames::record(first + sixCodes().sliced(1), 8);
+            if (!usual.set(record, 3, 2, 6, 8, 0) || !inPlace.set(record, 3, 2, 6, 8, 0) ||
+                inPlace.raw() != usual.raw() || inPlace.clean() != usual.clean() ||
+                inPlace.marked() != usual.marked() || (room && inPlace.clean().constData() != room))
+                return Samples();
+            room = inPlace.clean().constData();
+        }
+        return inPlace.clean();
+    }();
+    QCOMPARE(held.size(), 18);
+    // Somebody holds the samples: they stay theirs, also for another look and size.
+    adj.expAssist = 1;
+    const Samples before = held;
+    for (VeskFrame *frame : {&usual, &inPlace})
+        QVERIFY(frame->set(TestFrames::record(sixCodes(), 8), 2, 3, 6, 8, 0));
+    QCOMPARE(held, before);
+    QCOMPARE(inPlace.clean(), usual.clean());
+    QCOMPARE(inPlace.marked(), usual.marked());
+    QCOMPARE(inPlace.image(false), usual.image(false));
 }
 
 VESK_TEST_MAIN(TestVeskFrame)
