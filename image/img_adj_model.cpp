@@ -3,9 +3,23 @@
 #include "app/vesk_app.h"
 #include "image/img_adj_util.h"
 
+/** The table of an adjustment that nobody has touched: made once and shared, as a camera may have many takes. */
+static const QList<quint16> &untouchedLut()
+{
+    static const QList<quint16> table = [] {
+        const ImgAdjData untouched;
+        QList<quint16> lut = untouched.lutG;
+        VeskApp::instance()->imgAdjUtil()->updateLut(lut, untouched.offset.toDouble(),
+                                                     untouched.gain.toDouble(), untouched.gamma.toDouble(),
+                                                     untouched.contrast.toDouble());
+        return lut;
+    }();
+    return table;
+}
+
 ImgAdjModel::ImgAdjModel(QObject *parent) : QObject(parent)
 {
-    updateLut();
+    m_data.lutR = m_data.lutG = m_data.lutB = untouchedLut();
 }
 
 const ImgAdjModel::ValueRows &ImgAdjModel::valueRows()

@@ -1,5 +1,6 @@
 #include "app/qml_object_list_model_base.h"
 #include "camera/camera.h"
+#include "image/img_adj_model.h"
 #include "take/saved_take_model.h"
 #include "take/take.h"
 #include "tests/support/camera_document.h"
@@ -212,6 +213,20 @@ private slots:
         }
         tell({{"prtn_cnt", 6}, {"saved_takes", QJsonArray{5}}});
         QTRY_COMPARE(savedIds(), QList<int>({5}));
+    }
+
+    void takesShareTheirTablesUntilOneIsAdjusted()
+    {
+        tell({{"prtn_cnt", 2}});
+        connectIt();
+        const ImgAdjData &first = take(1)->imgAdjModel()->data();
+        const ImgAdjData &second = take(2)->imgAdjModel()->data();
+        QVERIFY(first.lutR.isSharedWith(second.lutR));
+        take(1)->imgAdjModel()->gainR()->setValue(2.0, false);
+        QVERIFY(!first.lutR.isSharedWith(second.lutR));
+        QVERIFY(first.lutB.isSharedWith(second.lutB));
+        QCOMPARE(int(first.lutR[1000]), 2000);
+        QCOMPARE(int(second.lutR[1000]), 1000);
     }
 
     void absurdPartitionCountTakesNoMemory_data()
