@@ -25,11 +25,22 @@ void HistogramControl::setHistogram(Histogram *histogram)
     m_histogram = histogram;
     if (m_histogram)
         connect(m_histogram, &Histogram::imageChanged, this, &HistogramControl::recompute);
+    recompute();
     emit histogramChanged();
+}
+
+void HistogramControl::geometryChange(const QRectF &newGeometry, const QRectF &oldGeometry)
+{
+    QQuickItem::geometryChange(newGeometry, oldGeometry);
+    // A control that is made for a source at rest gets its size after its histogram, and no frame to come.
+    if (newGeometry.size() != oldGeometry.size())
+        recompute();
 }
 
 void HistogramControl::recompute()
 {
+    if (!m_histogram || m_histogram->image().isEmpty() || width() < 1 || height() < 1)
+        return;
     // setImage tells of the image before the width; all three are stored by then.
     m_picture = VeskApp::instance()->imgAdjUtil()->renderHistogram(
         m_histogram->image(), m_histogram->width(), m_histogram->height(), int(width()), int(height()), Bins);

@@ -24,6 +24,7 @@ signals:
     void histogramChanged();
 
 protected:
+    void geometryChange(const QRectF &newGeometry, const QRectF &oldGeometry) override;
     QSGNode *updatePaintNode(QSGNode *oldNode, UpdatePaintNodeData *) override;
 
 private:

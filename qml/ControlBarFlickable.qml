@@ -7,21 +7,6 @@ import Vesk
 Flickable {
     id: root
 
-    /** Brings the control that the keys go to into sight. */
-    function showFocused() {
-        const focused = root.Window.activeFocusItem;
-        let parent = focused;
-        while (parent && parent !== root.contentItem)
-            parent = parent.parent;
-        if (!parent)
-            return;
-        const top = focused.mapToItem(root.contentItem, 0, 0).y;
-        if (top < root.contentY)
-            root.contentY = top;
-        else if (top + focused.height > root.contentY + root.height)
-            root.contentY = top + focused.height - root.height;
-    }
-
     width: contentWidth
     height: parent?.height ?? 0
     contentWidth: contentItem.childrenRect.width
@@ -30,11 +15,8 @@ Flickable {
     boundsBehavior: Flickable.StopAtBounds
     flickDeceleration: Theme.flickDeceleration
 
-    Connections {
-        target: root.Window.window
-
-        function onActiveFocusItemChanged() {
-            root.showFocused();
-        }
+    FocusFollower {
+        parent: root
+        flickable: root
     }
 }

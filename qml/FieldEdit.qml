@@ -15,8 +15,11 @@ Item {
     required property TextField field
     /** The number as it is shown. */
     required property string shown
+    /** Return takes the number that stands there, whether or not it was edited. */
+    property bool returnTakes: false
     /** What the field showed when the user came to it. */
     property string before: ""
+    property bool returned: false
 
     /** The user typed another number. */
     signal entered(real number)
@@ -24,6 +27,11 @@ Item {
     function showNumber() {
         root.field.text = Qt.binding(() => root.shown);
         root.before = root.field.text;
+    }
+
+    function selectUnlessTyping() {
+        if (root.field.activeFocus && root.field.text === root.before)
+            root.field.selectAll();
     }
 
     function leave() {
@@ -34,12 +42,14 @@ Item {
     /** A text that is acceptable goes on to the field, which finishes the edit. */
     function refuse(event) {
         event.accepted = !root.field.acceptableInput;
+        root.returned = !event.accepted;
         if (event.accepted)
             root.leave();
     }
 
     function finish() {
-        const edited = root.field.text !== root.before;
+        const edited = root.field.text !== root.before || (root.returnTakes && root.returned);
+        root.returned = false;
         const number = parseFloat(root.field.text);
         // Before the focus goes: losing it would finish the same edit once more.
         root.leave();
@@ -56,10 +66,14 @@ Item {
         target: root.field
 
         function onActiveFocusChanged() {
-            if (root.field.activeFocus)
+            if (root.field.activeFocus) {
                 root.field.text = root.before = root.shown;
-            else if (!root.field.acceptableInput)
+                root.field.selectAll();
+                // Once more after the press that may have brought the focus and puts the cursor somewhere.
+                Qt.callLater(root.selectUnlessTyping);
+            } else if (!root.field.acceptableInput) {
                 root.showNumber();
+            }
         }
 
         function onEditingFinished() {

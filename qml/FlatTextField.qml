@@ -8,6 +8,9 @@ import Vesk
 TextField {
     id: root
 
+    /** Behind the text while it is pointed at or edited. */
+    property color litColor: palette.base
+
     padding: 2
     color: root.enabled ? "white" : Theme.disabledTextColor
     hoverEnabled: true
@@ -15,7 +18,7 @@ TextField {
     background: Rectangle {
         implicitWidth: 60
         implicitHeight: 20
-        color: root.hovered || root.activeFocus ? root.palette.base : "transparent"
+        color: root.hovered || root.activeFocus ? root.litColor : "transparent"
         border.color: root.activeFocus ? root.palette.highlight : "transparent"
     }
 }

@@ -14,6 +14,7 @@ FlatTextField {
 
     signal entered(real fr)
 
+    litColor: Theme.boxColor
     font.letterSpacing: -0.5
     font.features: { "tnum": 1 }
     validator: RegularExpressionValidator {
@@ -29,6 +30,7 @@ FlatTextField {
         id: edit
 
         field: root
+        returnTakes: true
         shown: root.shown
         onEntered: number => root.entered(number)
     }

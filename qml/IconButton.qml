@@ -13,6 +13,9 @@ AbstractButton {
     property int iconSize: 20
     property int hoverSize: iconSize
     property color iconColor: "white"
+    /** Pressed since the pointer came: the user knows the button, and its name may be another one now. */
+    property bool known: false
+    readonly property bool tipWanted: hovered && !known
 
     focusPolicy: Qt.TabFocus
     hoverEnabled: true
@@ -20,9 +23,14 @@ AbstractButton {
     implicitHeight: 24
     text: root.name
     Accessible.name: root.name
-    ToolTip.visible: root.hovered
+    ToolTip.visible: root.tipWanted
     ToolTip.delay: Application.styleHints.mousePressAndHoldInterval
     ToolTip.text: root.name
+    onPressedChanged: root.known = true
+    onHoveredChanged: {
+        if (!root.hovered)
+            root.known = false;
+    }
     onReleased: root.focus = false
     onCanceled: root.focus = false
 

@@ -28,6 +28,14 @@ Rectangle {
         Accessible.name: qsTr("Picture")
         onMouseXYChanged: root.source.veskFrame.rgbPoint = Qt.point(frame.mouseX, frame.mouseY)
         onRightClicked: zoomMenu.popup()
+
+        // A text that is being typed is taken, and the keys are the picture's again.
+        PointHandler {
+            onActiveChanged: {
+                if (active)
+                    frame.forceActiveFocus();
+            }
+        }
     }
     ImgFrameScrollBar {
         x: frame.x + frame.paintedRect.x + frame.paintedRect.width + 2

@@ -18,7 +18,7 @@ PressButton {
     hoverSize: 22
     iconColor: atEnd ? "white" : palette.highlight
     focusPolicy: Qt.StrongFocus
-    ToolTip.visible: hovered && !menu.visible
+    ToolTip.visible: tipWanted && !menu.visible
     Keys.onMenuPressed: menu.popup(root, 0, -menu.implicitHeight)
 
     contentItem: Text {

@@ -113,7 +113,7 @@ Column {
             anchors.horizontalCenter: parent.horizontalCenter
             height: parent.height
             visible: root.searching
-            imgSearch: root.source?.imgSearch ?? null
+            source: root.source
         }
     }
 }

@@ -14,13 +14,20 @@ TransportButton {
     signal endChosen
     signal diffChosen
 
-    ToolTip.visible: hovered && !menu.visible
-    onChosen: menu.popup(root, 0, -menu.implicitHeight)
+    ToolTip.visible: tipWanted && !menu.visible
+    onChosen: {
+        if (menu.visible)
+            menu.close();
+        else
+            menu.popup(root, 0, -menu.implicitHeight);
+    }
 
     Menu {
         id: menu
 
         width: 112
+        // A press on the button is the button's own matter.
+        closePolicy: Popup.CloseOnEscape | Popup.CloseOnPressOutsideParent
 
         MenuItem {
             text: root.endText

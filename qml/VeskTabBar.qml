@@ -71,6 +71,7 @@ FocusScope {
             boundsBehavior: Flickable.StopAtBounds
             flickDeceleration: Theme.flickDeceleration
             model: App.instance.veskObjModel
+            ScrollBar.vertical: ScrollBar {}
             Accessible.role: Accessible.PageTabList
             Accessible.name: qsTr("Sources")
 
@@ -80,6 +81,9 @@ FocusScope {
                 width: ListView.view?.width ?? 0
                 camera: qtObject as Camera
             }
+        }
+        FocusFollower {
+            flickable: list
         }
     }
 }

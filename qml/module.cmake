@@ -9,17 +9,18 @@ set(vesk_views
   CameraTabSsdRow CollapsiblePane ColorAdjControl ColorAdjRow ComboRow ConfirmDialog ControlBarBackground
   ControlBarEdge ControlBarFlickable ControlButton ControlComboBox ControlGrid ControlRow ControlValueRow
   DialogButton DialogFooter DialogForm DialogLabel DialogLoader DialogWindow EditableValueRow ElidedLabel
-  ExitMenuItem FieldEdit FlatTextField FocusButtons FrameField FWUpdateDialog HelpMenu Icon IconButton
-  IconMenuItem ImgAdjControl ImgAdjRow ImgFrameScrollBar ImgFrameView ImgSearchControl ImgToolsControl
-  IOSpinBox IOTimingRow LensInfoControl LensShutterControl LogSlider MainWindow MarkerButton NumberField
-  NumberRow PartitionDialog PixelReadout PlaybackCameraControl PlaybackControl PlaybackControlBar
-  PlaybackFrameRow PlaybackInfoRows PlaybackPane PlaybackScrubber PlaybackSearchRow PlaybackSettings
-  PlaybackTimeline PlaybackTransport PlaybackView PlayButton PositiveValidator PressButton RadioMenuItem
-  RefusalDialog ScrubberMarker ScrubberPlayHead SkipButton SsdAutosaveControl SsdAutosaveNameEditDialog
-  SsdControl SsdFormatDialog TabBox TakeControlBar TakeDeleteDialog TakeDeleteMenuItem TakeDeletion
-  TakeInfoControl TakeLockedDialog TakeMenuBar TakesDeleteAllDialog TakesDeleteAllMenuItem TakeTab TakeView
-  TransformButton TransportButton UnitsComboBox UnitsComboField UnitsComboRow UnitsTextField VeskButton
-  VeskMenuBar VeskSpinBox VeskTabBar VideoControl WholeNumberValidator ZoomMenuItem)
+  ExitMenuItem FieldEdit FlatTextField FocusButtons FocusFollower FrameField FWUpdateDialog HelpMenu Icon
+  IconButton IconMenuItem ImgAdjControl ImgAdjRow ImgFrameScrollBar ImgFrameView ImgSearchControl
+  ImgToolsControl IOSpinBox IOTimingRow LensInfoControl LensShutterControl LogSlider MainWindow MarkerButton
+  NumberField NumberRow PartitionDialog PixelReadout PlaybackCameraControl PlaybackControl
+  PlaybackControlBar PlaybackFrameRow PlaybackInfoRows PlaybackPane PlaybackScrubber PlaybackSearchRow
+  PlaybackSettings PlaybackTimeline PlaybackTransport PlaybackView PlayButton PositiveValidator PressButton
+  RadioMenuItem RefusalDialog ScrubberMarker ScrubberPlayHead SkipButton SsdAutosaveControl
+  SsdAutosaveNameEditDialog SsdControl SsdFormatDialog TabBox TakeControlBar TakeDeleteDialog
+  TakeDeleteMenuItem TakeDeletion TakeInfoControl TakeLockedDialog TakeMenuBar TakesDeleteAllDialog
+  TakesDeleteAllMenuItem TakeTab TakeView TransformButton TransportButton UnitsComboBox UnitsComboField
+  UnitsComboRow UnitsTextField VeskButton VeskMenuBar VeskSpinBox VeskTabBar VideoControl
+  WholeNumberValidator ZoomMenuItem)
 
 set(vesk_qml_files)
 foreach(view IN LISTS vesk_singletons vesk_views)

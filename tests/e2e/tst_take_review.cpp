@@ -47,6 +47,7 @@ private slots:
     void searchStopsWhereSomethingHappens();
     void cancelledSearchStaysWhereItBegan();
     void deletedTakeLeadsBackToTheCamera();
+    void windowClosesInMidSearch();
 
 private:
     QJsonValue value(const QString &path) { return m_session.camera.value(path); }
@@ -415,6 +416,20 @@ void TestTakeReview::deletedTakeLeadsBackToTheCamera()
     }));
     QCOMPARE(m_session.camera.requests("POST", u"/rec"_s).size(), 0);
     m_session.keepPicture(u"take-deleted"_s);
+}
+
+void TestTakeReview::windowClosesInMidSearch()
+{
+    openTake(1);
+    QVERIFY(m_session.camera.delayFrames(500));
+    m_session.camera.forgetRequests();
+    m_session.click(layout().stepButton(4));
+    m_session.key(u"Down"_s);
+    m_session.key(u"Down"_s);
+    m_session.key(u"Return"_s);
+    QTRY_VERIFY(m_session.camera.requests("POST", u"/xfer"_s).size() >= 2);
+    m_session.screen.close(*m_session.screen.window(u"VESK"_s));
+    QCOMPARE(m_session.program().exitCode(1000), 0);
 }
 
 QTEST_GUILESS_MAIN(TestTakeReview)

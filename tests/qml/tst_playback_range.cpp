@@ -31,7 +31,9 @@ private slots:
     void textThatIsNoNumberIsDropped_data();
     void textThatIsNoNumberIsDropped();
     void typedTextIsLeftAloneWhileThePlayHeadMoves();
-    void unchangedTextIsNotWritten();
+    void unchangedTextIsTakenByReturnOnly();
+    void numberIsReplacedByWhatIsTyped();
+    void clickOnThePictureEndsAnEdit();
     void clickOnTheBarEndsAnEdit();
     void playingWritesNothing();
     void searchTakesThePlaceOfTheNumbers();
@@ -246,20 +248,45 @@ void TestPlaybackRange::typedTextIsLeftAloneWhileThePlayHeadMoves()
     QCOMPARE(m_view.shownText(u"Frame"_s), u"80"_s);
 }
 
-void TestPlaybackRange::unchangedTextIsNotWritten()
+void TestPlaybackRange::unchangedTextIsTakenByReturnOnly()
 {
     PlaybackSource *source = m_view.start(0, 1000);
     QVERIFY(source);
+    source->pass(PlaybackFixture::Second);
     QVERIFY(m_view.click(m_view.window(), u"Frame"_s));
     source->pass(PlaybackFixture::Second);
-    QCOMPARE(m_view.shownText(u"Frame"_s), u"0"_s);
+    QCOMPARE(m_view.shownText(u"Frame"_s), u"30"_s);
+    // The frame that was pointed at.
     QTest::keyClick(m_view.window(), Qt::Key_Return);
     QCOMPARE(source->fr(), 30);
-    QCOMPARE(m_view.shownText(u"Frame"_s), u"30"_s);
     QVERIFY(m_view.click(m_view.window(), u"Frame"_s));
     source->pass(PlaybackFixture::Second);
     QTest::keyClick(m_view.window(), Qt::Key_Tab);
     QCOMPARE(source->fr(), 60);
+}
+
+void TestPlaybackRange::numberIsReplacedByWhatIsTyped()
+{
+    PlaybackSource *source = m_view.startPaused(0, 1000);
+    QVERIFY(source);
+    source->setFr(56);
+    QVERIFY(m_view.click(m_view.window(), u"Frame"_s));
+    QCoreApplication::processEvents();
+    QTest::keyClick(m_view.window(), '7');
+    QCOMPARE(m_view.shownText(u"Frame"_s), u"7"_s);
+    QTest::keyClick(m_view.window(), Qt::Key_Return);
+    QCOMPARE(source->fr(), 7);
+}
+
+void TestPlaybackRange::clickOnThePictureEndsAnEdit()
+{
+    PlaybackSource *source = m_view.startPaused(0, 1000);
+    QVERIFY(source);
+    QVERIFY(m_view.typeInto(u"Frame"_s, u"55"_s, Qt::Key_unknown));
+    QVERIFY(m_view.click(m_view.window(), u"Picture"_s));
+    QCOMPARE(source->fr(), 55);
+    QTest::keyClick(m_view.window(), Qt::Key_Right);
+    QCOMPARE(source->fr(), 56);
 }
 
 void TestPlaybackRange::clickOnTheBarEndsAnEdit()

@@ -34,8 +34,10 @@ private slots:
     void skipMenusStartSearches();
     void skipMenuOpensOnPress();
     void buttonsGrowUnderThePointer();
+    void skipMenuClosesOnASecondPress();
     void everyButtonHasATooltip_data();
     void everyButtonHasATooltip();
+    void pressedButtonNeedsNoTooltip();
 
 private:
     PlaybackFixture m_view;
@@ -261,6 +263,17 @@ void TestPlaybackTransport::buttonsGrowUnderThePointer()
     QCOMPARE(size(u"End of the range here"_s), 18);
 }
 
+void TestPlaybackTransport::skipMenuClosesOnASecondPress()
+{
+    QVERIFY(m_view.startPaused(0, 100));
+    QVERIFY(m_view.click(m_view.window(), u"Skip forward"_s));
+    QTRY_VERIFY(m_view.shows(u"Last Frame"_s));
+    QVERIFY(m_view.click(m_view.window(), u"Skip forward"_s));
+    QTRY_VERIFY(!m_view.shows(u"Last Frame"_s));
+    QTest::mouseMove(m_view.window(), QPoint(5, 5));
+    QVERIFY(!m_view.shows(u"Last Frame"_s));
+}
+
 void TestPlaybackTransport::everyButtonHasATooltip_data()
 {
     QTest::addColumn<QString>("name");
@@ -281,6 +294,24 @@ void TestPlaybackTransport::everyButtonHasATooltip()
     QGuiApplication::styleHints()->setMousePressAndHoldInterval(50);
     QTest::mouseMove(m_view.window(), m_view.middle(name));
     QTRY_VERIFY(m_view.showsTooltip(name));
+    QGuiApplication::styleHints()->setMousePressAndHoldInterval(usual);
+}
+
+void TestPlaybackTransport::pressedButtonNeedsNoTooltip()
+{
+    QVERIFY(m_view.startPaused(0, 10));
+    QTest::mouseMove(m_view.window(), {600, 300});
+    const int usual = QGuiApplication::styleHints()->mousePressAndHoldInterval();
+    QGuiApplication::styleHints()->setMousePressAndHoldInterval(50);
+    QTest::mouseMove(m_view.window(), m_view.middle(u"Play"_s));
+    QTRY_VERIFY(m_view.showsTooltip(u"Play"_s));
+    // It is called "Pause" now.
+    QVERIFY(m_view.press(u"Play"_s));
+    m_view.release();
+    QTRY_VERIFY(!m_view.showsTooltip(u"Play"_s) && !m_view.showsTooltip(u"Pause"_s));
+    QTest::mouseMove(m_view.window(), {600, 300});
+    QTest::mouseMove(m_view.window(), m_view.middle(u"Pause"_s));
+    QTRY_VERIFY(m_view.showsTooltip(u"Pause"_s));
     QGuiApplication::styleHints()->setMousePressAndHoldInterval(usual);
 }
 

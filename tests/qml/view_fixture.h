@@ -57,8 +57,9 @@ public:
     /** startWithCamera, with every section of the control bar unfolded. */
     q4sim::Camera *startUnfolded(const q4sim::Config &config);
     q4sim::Camera *startUnfolded();
-    /** The camera of startWithCamera. */
+    /** The camera of startWithCamera, and what it is connected to. */
     Camera *camera() const { return m_camera; }
+    q4sim::Camera *simulated() const { return m_simulated.value(0); }
     /** Lets the program read the camera a number of times; two are longer than a write waits to be sent. */
     bool waitForPolls(int count) const;
 
