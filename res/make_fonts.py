@@ -94,8 +94,10 @@ def stand_in_their_places(font):
     """
     glyphs, metrics = font["glyf"], font["hmtx"]
     for name in font.getGlyphOrder():
-        if glyphs[name].numberOfContours != 0:
-            metrics[name] = (metrics[name][0], glyphs[name].xMin)
+        glyph = glyphs[name]
+        if glyph.numberOfContours != 0:
+            glyph.recalcBounds(glyphs)  # the bounds in the file are 0, too
+            metrics[name] = (metrics[name][0], glyph.xMin)
 
 
 def add_glyphs(font):
