@@ -15,9 +15,11 @@ bool isBright(QRgb colour)
 }
 
 // A glyph in the highlight colour; the fringes of a white one are not.
+/// The highlight's colour, D25F15; the edges of a white glyph shimmer in others like it.
 bool isLit(QRgb colour)
 {
-    return qRed(colour) > 150 && qGreen(colour) < 140 && qBlue(colour) < 80;
+    return qAbs(qRed(colour) - 0xD2) < 16 && qAbs(qGreen(colour) - 0x5F) < 16 &&
+           qAbs(qBlue(colour) - 0x15) < 16;
 }
 } // namespace
 
