@@ -13,6 +13,7 @@
 #include <QTest>
 
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -392,7 +393,14 @@ bool ViewFixture::click(QWindow *window, QAccessibleInterface *target, Qt::Mouse
     settle(window);
     reveal(target);
     settle(window);
-    const QPoint point = centre(window, target);
+    // A list that opens moves its entries until it has its place.
+    QPoint point = centre(window, target);
+    for (int frame = 0; frame < 20; ++frame) {
+        settle(window);
+        const QPoint now = centre(window, target);
+        if (std::exchange(point, now) == now)
+            break;
+    }
     if (!QRect({}, window->size()).contains(point))
         return false;
     QTest::mouseMove(window, point);

@@ -33,7 +33,7 @@ private:
     Reply make(const QByteArray &json) { return m_fix.client().send("POST", "/sim/take", json); }
     QJsonArray list(const char *path) { return m_fix.value(path).toArray(); }
 
-    CameraFixture m_fix{QStringLiteral("127.0.1.73")};
+    CameraFixture m_fix{QStringLiteral("127.0.1.83")};
 };
 
 // Four partitions of 1000 frames of 320x120, 1000 frames a second, 400 of them after the trigger.

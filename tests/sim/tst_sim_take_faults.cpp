@@ -53,7 +53,7 @@ private:
         return m_fix.client().send("POST", "/xfer", transferOf(take, start, cnt));
     }
 
-    CameraFixture m_fix{QStringLiteral("127.0.1.72")};
+    CameraFixture m_fix{QStringLiteral("127.0.1.82")};
 };
 
 // Take 1 and 2 with frames -100 to 99 each.

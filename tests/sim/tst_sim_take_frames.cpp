@@ -63,7 +63,7 @@ private:
         QVERIFY2(m_fix.camera().makeTake(order, &error) > 0, qPrintable(error));
     }
 
-    CameraFixture m_fix{QStringLiteral("127.0.1.71")};
+    CameraFixture m_fix{QStringLiteral("127.0.1.81")};
 };
 
 // 1000 frames a second of 320x120 from 2025-03-14 09:26:53 on.
