@@ -69,7 +69,9 @@ QJsonObject VeskObject::valuesToJson() const
 
 QJsonValue VeskObject::jsonValue(const QStringList &path, const QJsonObject &object)
 {
-    if (path.isEmpty())
+    // The empty key stands for no place at all. The lookup would find it under "\u0000" too, or read from a
+    // null pointer.
+    if (path.isEmpty() || path.last().isEmpty())
         return QJsonValue::Null;
     QJsonObject step = object;
     for (qsizetype i = 0; i < path.size() - 1; ++i) {

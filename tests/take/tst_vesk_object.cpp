@@ -3,6 +3,8 @@
 #include "take/vesk_object.h"
 #include "tests/support/vesk_test_main.h"
 
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QSignalSpy>
 
 /** A monochrome source whose frames the test hands in. */
@@ -140,6 +142,29 @@ private slots:
             source.answer(source.last, seconds);
         }
         QCOMPARE(changed.count(), 2);
+    }
+
+    void emptyKeyOfADocumentStandsForNoPlace_data()
+    {
+        QTest::addColumn<QByteArray>("json");
+        QTest::newRow("empty") << QByteArray(R"({"":5})");
+        QTest::newRow("null character") << QByteArray(R"({"\u0000":5})");
+        QTest::newRow("null character among others") << QByteArray(R"({"acq":{"bpp":8},"\u0000":{"a":1}})");
+    }
+
+    void emptyKeyOfADocumentStandsForNoPlace()
+    {
+        QFETCH(const QByteArray, json);
+        const QJsonObject document = QJsonDocument::fromJson(json).object();
+        QVERIFY(!document.isEmpty());
+        QCOMPARE(VeskObject::jsonValue({QString()}, document), QJsonValue(QJsonValue::Null));
+        QCOMPARE(VeskObject::jsonValue({"acq", QString()}, document), QJsonValue(QJsonValue::Null));
+
+        Source source;
+        auto *value = new VeskValue({QString()}, QMetaType::Int, &source);
+        source.appendValue(value);
+        source.updateValues(document);
+        QVERIFY(!value->variant().isValid());
     }
 
     void statisticsStayZero()
