@@ -1,8 +1,10 @@
 #include "app/vesk_app.h"
 
 #include "camera/camera.h"
+#include "file/vesk_file.h"
 
 #include <QDebug>
+#include <QFileInfo>
 #include <QNetworkInterface>
 #include <QTimer>
 #include <QUdpSocket>
@@ -148,15 +150,38 @@ void VeskApp::connectCameraFinished(Camera *camera)
     disconnect(camera, &Camera::cameraConnectFailed, this, &VeskApp::removeVeskObject);
 }
 
+/**
+ * Whoever has a path and no URL puts "file:" in front of it, and the name may hold what has a meaning in a
+ * URL, as in "take #3.vesk".
+ */
+static QString localPath(const QString &fileUrl, const QUrl &url)
+{
+    static const QString scheme = QStringLiteral("file:");
+    if (fileUrl.startsWith(scheme) && !fileUrl.startsWith(scheme + QStringLiteral("//"))) {
+        const QString typed = fileUrl.sliced(scheme.size());
+        if (QFileInfo::exists(typed))
+            return typed;
+    }
+    return url.toLocalFile();
+}
+
 void VeskApp::openVeskFile(const QString &fileUrl)
 {
     const QUrl url(fileUrl);
-    const QString path = url.toLocalFile();
+    const QString path = localPath(fileUrl, url);
+    auto *file = new VeskFile(path, this);
     qDebug() << Q_FUNC_INFO;
     qDebug() << fileUrl;
     qDebug() << url;
     qDebug() << path;
-    qDebug() << "error opening" << path;
+    if (!file->open()) {
+        qDebug() << "error opening" << path;
+        file->deleteLater();
+        return;
+    }
+    connect(file, &VeskFile::closed, this, &VeskApp::removeVeskObject);
+    m_veskObjModel->append(file);
+    setSelectedVeskObject(file);
 }
 
 void VeskApp::removeVeskObject(VeskObject *veskObj)
