@@ -18,4 +18,20 @@ Q_DECLARE_OPERATORS_FOR_FLAGS(Colors)
 
 /** Every channel at once. */
 inline constexpr Colors AllColors = Colors(R) | G | B;
+
+/** What a save writes. The values are kept in the settings. */
+enum Format { FormatVesk = 0, FormatAvi = 1, FormatMp4 = 2, FormatTiff = 3 };
+Q_ENUM_NS(Format)
+
+/** How a save codes its frames. The values are kept in the settings. */
+enum Codec {
+    CodecVesk = 0,
+    CodecRaw_BGR24 = 1,
+    CodecRaw_RGB24 = 2,
+    CodecRaw_Gray8 = 3,
+    CodecAV1_YUV420P = 4,
+    CodecAV1_YUV420P10 = 5,
+    CodecH264 = 6
+};
+Q_ENUM_NS(Codec)
 } // namespace Util

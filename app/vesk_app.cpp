@@ -3,6 +3,7 @@
 #include "app/json_settings.h"
 #include "app/log.h"
 #include "image/img_adj_util.h"
+#include "save/save_manager.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -34,6 +35,7 @@ VeskApp::VeskApp(int &argc, char **argv, const QString &applicationName, const Q
     initLog(*m_settings);
 
     m_veskObjModel = new QQmlObjectListModel<VeskObject>(this);
+    m_saveManager = new SaveManager(this);
     m_imgAdjUtil = new ImgAdjUtil(this);
     m_broadcastTimer = new QTimer(this);
     connect(m_broadcastTimer, &QTimer::timeout, this, &VeskApp::sendBroadcast);
@@ -43,7 +45,11 @@ VeskApp::VeskApp(int &argc, char **argv, const QString &applicationName, const Q
     startBroadcast();
 }
 
-VeskApp::~VeskApp() = default;
+/** The saves end first: their threads need what the application has. */
+VeskApp::~VeskApp()
+{
+    delete std::exchange(m_saveManager, nullptr);
+}
 
 void VeskApp::initSettings()
 {

@@ -18,9 +18,11 @@ class QNetworkReply;
 class QSettings;
 class QTimer;
 class QUdpSocket;
+class SaveManager;
 
 Q_MOC_INCLUDE("camera/camera.h")
 Q_MOC_INCLUDE("image/img_adj_util.h")
+Q_MOC_INCLUDE("save/save_manager.h")
 Q_MOC_INCLUDE(<QNetworkAccessManager>)
 
 /**
@@ -38,6 +40,7 @@ class VeskApp : public QGuiApplication
     Q_PROPERTY(VeskObject *selectedVeskObject READ selectedVeskObject WRITE setSelectedVeskObject NOTIFY
                    selectedVeskObjectChanged)
     Q_PROPERTY(BackgroundView backgroundView READ backgroundView NOTIFY backgroundViewChanged)
+    Q_PROPERTY(SaveManager *saveManager READ saveManager CONSTANT)
     Q_PROPERTY(ImgAdjUtil *imgAdjUtil READ imgAdjUtil CONSTANT)
 
 public:
@@ -57,6 +60,7 @@ public:
     const QList<VeskObject *> &veskObjects() const { return m_veskObjModel->items(); }
     VeskObject *selectedVeskObject() const { return m_selectedVeskObject; }
     BackgroundView backgroundView() const { return m_backgroundView; }
+    SaveManager *saveManager() const { return m_saveManager; }
     ImgAdjUtil *imgAdjUtil() const { return m_imgAdjUtil; }
     QSettings *settings() const { return m_settings; }
 
@@ -133,6 +137,7 @@ private:
     QNetworkAccessManager *m_networkAccessManager = nullptr;
     QQmlObjectListModel<VeskObject> *m_veskObjModel = nullptr;
     BackgroundView m_backgroundView = Empty;
+    SaveManager *m_saveManager = nullptr;
     QSettings *m_settings = nullptr;
     QList<BroadcastEntry> m_broadcastEntries;
     QTimer *m_broadcastTimer = nullptr;

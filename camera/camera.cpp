@@ -4,6 +4,7 @@
 #include "app/vesk_app.h"
 #include "camera/camera_io.h"
 #include "image/camera_img_adj_model.h"
+#include "save/save_job_queue.h"
 
 #include <QJsonObject>
 #include <QNetworkAccessManager>
@@ -34,6 +35,7 @@ Camera::Camera(const QHostAddress &ip, QObject *parent) : VeskObject(CameraType,
     connect(m_previewTimer, &QTimer::timeout, this, &Camera::previewTick);
     connect(this, &VeskObject::selectedChanged, this, &Camera::armPreview);
 
+    m_fileSaveJobQueue = new SaveJobQueue(this);
     createFirmwareUpdate();
     setObjectName(objectName() + QStringLiteral("-Camera"));
 }
@@ -93,6 +95,11 @@ void Camera::setSetting(const QString &key, const QVariant &value)
 int Camera::getFrame(RawFrame *rawFrame)
 {
     return getFrameXfer(rawFrame, m_ip, "{\"type\":3,\"src\":1}");
+}
+
+bool Camera::framesBlocked() const
+{
+    return m_fileSaveJobQueue->activeSaveJob();
 }
 
 quint64 Camera::yearOffset() const

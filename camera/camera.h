@@ -15,10 +15,12 @@ class QNetworkReply;
 class QQmlObjectListModelBase;
 class QStringListModel;
 class QTimer;
+class SaveJobQueue;
 class SavedTakeModel;
 class Take;
 struct SettingEntries;
 
+Q_MOC_INCLUDE("save/save_job_queue.h")
 Q_MOC_INCLUDE("take/saved_take_model.h")
 Q_MOC_INCLUDE("take/take.h")
 
@@ -55,6 +57,7 @@ class Camera : public VeskObject
     Q_PROPERTY(int vidFormatIndex READ vidFormatIndex NOTIFY vidFormatIndexChanged)
     Q_PROPERTY(QStringListModel *fstopList READ fstopList NOTIFY fstopListChanged)
     Q_PROPERTY(int fstopIndex READ fstopIndex NOTIFY fstopIndexChanged)
+    Q_PROPERTY(SaveJobQueue *fileSaveJobQueue READ fileSaveJobQueue CONSTANT)
     Q_PROPERTY(double fwUpdateProgress READ fwUpdateProgress NOTIFY fwUpdateProgressChanged)
     Q_PROPERTY(QString fwUpdateStatus READ fwUpdateStatus NOTIFY fwUpdateStatusChanged)
 
@@ -136,6 +139,9 @@ public:
     QStringListModel *fstopList() const { return m_fstopList.model; }
     int fstopIndex() const { return m_fstopList.index; }
 
+    /** The saves of this camera's takes into files. While one runs it has the link to itself. */
+    SaveJobQueue *fileSaveJobQueue() const { return m_fileSaveJobQueue; }
+
     /** Percent of the upload; 0 while none runs, and a little above 0 before its first report. */
     double fwUpdateProgress() const { return m_fwUpdateProgress; }
     QString fwUpdateStatus() const { return m_fwUpdateStatus; }
@@ -197,7 +203,7 @@ signals:
     void fwUpdateStatusChanged();
 
 protected:
-    bool framesBlocked() const override { return false; }
+    bool framesBlocked() const override;
     quint64 yearOffset() const override;
 
 private slots:
@@ -278,6 +284,7 @@ private:
     SettingList m_trigOffsetList;
     SettingList m_vidFormatList;
     SettingList m_fstopList;
+    SaveJobQueue *m_fileSaveJobQueue;
     double m_fwUpdateProgress = 0.0;
     QString m_fwUpdateStatus;
     /** The upload has ended and the camera is thought to be finishing. */

@@ -4,6 +4,7 @@
 #include "camera/camera.h"
 #include "image/abstract_take_img_adj_model.h"
 #include "image/img_search.h"
+#include "save/save_job_queue.h"
 
 #include <QJsonDocument>
 #include <QNetworkAccessManager>
@@ -35,6 +36,16 @@ void AbstractTake::setTakeId(int takeId)
         return;
     m_takeId = takeId;
     emit takeIdChanged();
+}
+
+SaveJobQueue *AbstractTake::fileSaveJobQueue() const
+{
+    return m_camera->fileSaveJobQueue();
+}
+
+bool AbstractTake::framesBlocked() const
+{
+    return !m_savedOpened || fileSaveJobQueue()->activeSaveJob();
 }
 
 QString AbstractTake::takePath() const

@@ -6,8 +6,10 @@ class Camera;
 class QJsonObject;
 class QNetworkReply;
 class QTimer;
+class SaveJobQueue;
 
 Q_MOC_INCLUDE("camera/camera.h")
+Q_MOC_INCLUDE("save/save_job_queue.h")
 
 /**
  * A recording that lives on the camera: its number, its description and its frames over HTTP, and how it
@@ -21,6 +23,7 @@ class AbstractTake : public PlaybackVeskObject
     Q_PROPERTY(int takeId READ takeId WRITE setTakeId NOTIFY takeIdChanged)
     Q_PROPERTY(Camera *camera READ camera CONSTANT)
     Q_PROPERTY(bool savedOpened READ savedOpened NOTIFY savedOpenedChanged)
+    Q_PROPERTY(SaveJobQueue *fileSaveJobQueue READ fileSaveJobQueue CONSTANT)
 
 public:
     AbstractTake(int takeId, Type type, Camera *camera);
@@ -36,6 +39,9 @@ public:
      * closed from here, so that the next change is taken from a status that is still an old one, and ignored.
      */
     void setSavedOpened(bool value, bool latch, bool quiet);
+
+    /** The camera's. */
+    SaveJobQueue *fileSaveJobQueue() const;
 
     /** Path of the take's record on the camera. */
     QString takePath() const;
@@ -57,7 +63,7 @@ signals:
     void deletedClosed();
 
 protected:
-    bool framesBlocked() const override { return !m_savedOpened; }
+    bool framesBlocked() const override;
     /** The path of the takes of this kind on the camera. */
     virtual QString takesPath() const = 0;
     /** Where the camera finds the frames. */

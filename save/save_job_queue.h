@@ -1,0 +1,44 @@
+#pragma once
+
+#include "save/save_job.h"
+
+#include <QList>
+#include <QObject>
+#include <QtQmlIntegration>
+
+/** Runs one save job after the other, first in, first out. Lives on the GUI thread. */
+class SaveJobQueue : public QObject
+{
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("")
+    Q_PROPERTY(SaveJob *activeSaveJob READ activeSaveJob NOTIFY activeSaveJobChanged)
+
+public:
+    explicit SaveJobQueue(QObject *parent);
+    ~SaveJobQueue() override;
+
+    /** The job that runs, null while none does. */
+    SaveJob *activeSaveJob() const { return m_activeSaveJob; }
+    /** The jobs that wait. */
+    const QList<SaveJob *> &pending() const { return m_pending; }
+
+    void enqueue(SaveJob *saveJob);
+    /** Takes a waiting job out; any other is left alone. */
+    void remove(SaveJob *saveJob);
+
+signals:
+    void activeSaveJobChanged();
+
+private slots:
+    void finishSaveJob();
+
+private:
+    void startSaveJob(SaveJob *saveJob);
+    void startQueuedSaveJob();
+    void setActiveSaveJob(SaveJob *saveJob);
+
+    QList<SaveJob *> m_pending;
+    SaveJob *m_activeSaveJob = nullptr;
+    QMetaObject::Connection m_activeFinished;
+};

@@ -1,0 +1,3 @@
+#include "save/vesk_writer_worker.h"
+
+VeskWriterWorker::VeskWriterWorker() = default;

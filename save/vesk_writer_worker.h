@@ -1,0 +1,31 @@
+#pragma once
+
+#include "save/save_job.h"
+
+#include <QByteArray>
+#include <QObject>
+
+/**
+ * Does the writing of a VeskWriter. Made on the GUI thread, it lives on the writer's thread from then on, and
+ * only there are its members touched.
+ */
+class VeskWriterWorker : public QObject
+{
+    Q_OBJECT
+
+public:
+    VeskWriterWorker();
+
+public slots:
+    /**
+     * Writes dataFrameCnt frame records that stand back to back in data. framesRead counts these and all
+     * before them; with framesRemaining 0 they are the last. Tells framesWritten once they are written, and
+     * finished behind the last ones or at a failure.
+     */
+    virtual void writeFrames(QByteArray data, qlonglong dataFrameCnt, qlonglong framesRead,
+                             qlonglong framesRemaining) = 0;
+
+signals:
+    void framesWritten(qlonglong framesWritten);
+    void finished(SaveJob::FinishState state, QString error = QString());
+};

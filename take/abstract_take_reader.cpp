@@ -1,0 +1,170 @@
+#include "take/abstract_take_reader.h"
+
+#include "save/file_save_job.h"
+#include "save/vesk_writer.h"
+#include "save/vesk_writer_worker.h"
+#include "take/abstract_take.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QNetworkReply>
+
+#include <algorithm>
+
+/**
+ * Bytes that the reply may hold unread, and so usually those of a chunk. Large enough for the full speed of
+ * the connection, small enough that a slow disk writes a chunk soon: ending a save waits for that.
+ */
+static constexpr qint64 ReplyBytes = 2 * 1024 * 1024;
+/** Twice the largest frame that there is; whoever promises a larger one has no frames. */
+static constexpr qint64 MaxRecordBytes = 32 * 1024 * 1024;
+static constexpr qint64 MaxErrorBytes = 1024 * 1024;
+
+AbstractTakeReader::AbstractTakeReader(FileSaveJob *job)
+    : VeskReader(job), m_job(job), m_framesRemaining(job->frCnt())
+{
+}
+
+bool AbstractTakeReader::start()
+{
+    auto *take = qobject_cast<AbstractTake *>(m_job->source());
+    m_reply = take ? take->startXfer(m_job->startFr(), m_job->frCnt()) : nullptr;
+    if (!m_reply) {
+        setError(QStringLiteral("can't start xfer"));
+        return false;
+    }
+    m_reply->setReadBufferSize(ReplyBytes);
+    connect(m_reply, &QNetworkReply::readyRead, this, &AbstractTakeReader::replyReadyRead);
+    connect(m_reply, &QNetworkReply::finished, this, &AbstractTakeReader::replyFinished);
+    connect(this, &QObject::destroyed, m_reply, &QObject::deleteLater);
+    VeskWriter *writer = m_job->writer();
+    connect(this, &AbstractTakeReader::readyRead, writer->worker(), &VeskWriterWorker::writeFrames);
+    connect(writer, &VeskWriter::framesWrittenChanged, this, &AbstractTakeReader::goOn);
+    return true;
+}
+
+void AbstractTakeReader::stop()
+{
+    m_stopped = true;
+    m_chunks.clear();
+    // The reply is full and has no further data to tell of.
+    if (m_heldBack && m_reply)
+        m_reply->abort();
+}
+
+void AbstractTakeReader::replyReadyRead()
+{
+    // A camera that sends more than it was asked for would go on without end.
+    if (m_stopped || m_framesRemaining <= 0)
+        m_reply->abort();
+    else if (!isFrames())
+        takeError();
+    else if (waitingBytes(recordSize()) > MaxWaitingBytes)
+        m_heldBack = true;
+    else
+        takeFrames();
+}
+
+/** The worker has written a chunk. */
+void AbstractTakeReader::goOn()
+{
+    if (!m_heldBack || !m_reply || m_stopped || waitingBytes(recordSize()) > MaxWaitingBytes)
+        return;
+    m_heldBack = false;
+    takeFrames();
+}
+
+void AbstractTakeReader::replyFinished()
+{
+    const QNetworkReply::NetworkError error = m_reply->error();
+    if (error != QNetworkReply::NoError && error != QNetworkReply::OperationCanceledError) {
+        fail();
+    } else if (m_reply->bytesAvailable() > 0) {
+        // Little enough to take it whether or not the worker keeps up.
+        takeFrames();
+    }
+    m_reply->deleteLater();
+    m_reply = nullptr;
+    m_chunks.clear();
+}
+
+bool AbstractTakeReader::isFrames() const
+{
+    return m_reply->error() == QNetworkReply::NoError &&
+           m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt() == 200;
+}
+
+/** Bytes of a frame with its metadata, as the reply's headers tell. */
+qint64 AbstractTakeReader::recordSize() const
+{
+    const char *size = m_reply->hasRawHeader("Img-Size") ? "Img-Size" : "Fr-Size";
+    return qint64(m_reply->rawHeader(size).toUInt()) + m_reply->rawHeader("Meta-Size").toUInt();
+}
+
+qint64 AbstractTakeReader::waitingBytes(qint64 recordSize) const
+{
+    return (m_framesRead - m_job->writer()->framesWritten()) * recordSize;
+}
+
+/** Passes every whole frame on that has arrived; a part of one stays for the next turn. */
+void AbstractTakeReader::takeFrames()
+{
+    if (!isFrames())
+        return;
+    const qint64 size = recordSize();
+    if (size == 0 || size > MaxRecordBytes) {
+        setFirstError(QStringLiteral("bad frame size"));
+        m_reply->abort();
+        return;
+    }
+    const qint64 room = std::max(ReplyBytes, 2 * size);
+    if (m_reply->readBufferSize() != room)
+        m_reply->setReadBufferSize(room);
+    const qlonglong count = std::min(m_reply->bytesAvailable() / size, m_framesRemaining);
+    if (count <= 0)
+        return;
+    QByteArray data = emptyChunk();
+    data.resizeForOverwrite(count * size);
+    if (m_reply->read(data.data(), data.size()) != data.size())
+        return;
+    m_framesRead += count;
+    m_framesRemaining -= count;
+    m_chunks.enqueue({data, m_framesRead});
+    emit readyRead(data, count, m_framesRead, m_framesRemaining);
+}
+
+/**
+ * Bytes to fill. Those of a chunk that the worker has written and let go are used again, which spares the
+ * system the work of finding as much memory anew.
+ */
+QByteArray AbstractTakeReader::emptyChunk()
+{
+    if (m_chunks.isEmpty() || m_chunks.head().framesRead > m_job->writer()->framesWritten() ||
+        !m_chunks.head().data.isDetached())
+        return {};
+    return m_chunks.dequeue().data;
+}
+
+/** What comes is no frame but an explanation, for which the end is awaited, unless it grows too long. */
+void AbstractTakeReader::takeError()
+{
+    if (m_reply->bytesAvailable() < MaxErrorBytes)
+        return;
+    fail();
+    m_reply->abort();
+}
+
+void AbstractTakeReader::fail()
+{
+    const QJsonValue told =
+        QJsonDocument::fromJson(m_reply->readAll()).object().value(QLatin1StringView("error"));
+    const int status = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    setFirstError(told.isString() ? told.toString() : QStringLiteral("HTTP %1").arg(status));
+    m_job->writer()->readerFailed();
+}
+
+void AbstractTakeReader::setFirstError(const QString &text)
+{
+    if (error().isEmpty())
+        setError(text);
+}

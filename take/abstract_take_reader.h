@@ -1,0 +1,62 @@
+#pragma once
+
+#include "take/vesk_reader.h"
+
+#include <QByteArray>
+#include <QPointer>
+#include <QQueue>
+
+class FileSaveJob;
+class QNetworkReply;
+
+/**
+ * Reads the frames of a save from a take on a camera: asks for the whole range at once and cuts the answer at
+ * frame boundaries as it streams in. What the writer has no time for is left in the connection, which slows
+ * the camera down. Lives on the GUI thread; its parent is the job.
+ */
+class AbstractTakeReader : public VeskReader
+{
+    Q_OBJECT
+
+public:
+    /** Bytes that may wait for the writer's worker before no more are taken from the connection. */
+    static constexpr qint64 MaxWaitingBytes = 64 * 1024 * 1024;
+
+    explicit AbstractTakeReader(FileSaveJob *job);
+
+    bool start() override;
+    /** The connection is closed with the next data that it brings. */
+    void stop() override;
+
+signals:
+    void readyRead(QByteArray data, qlonglong dataFrameCnt, qlonglong framesRead, qlonglong framesRemaining);
+
+private:
+    /** Bytes in a chunk that was given to the worker. */
+    struct Chunk {
+        QByteArray data;
+        qlonglong framesRead;
+    };
+
+    void replyReadyRead();
+    void replyFinished();
+    void goOn();
+    void takeFrames();
+    void takeError();
+    void fail();
+    void setFirstError(const QString &text);
+    bool isFrames() const;
+    qint64 recordSize() const;
+    qint64 waitingBytes(qint64 recordSize) const;
+    QByteArray emptyChunk();
+
+    FileSaveJob *m_job;
+    QPointer<QNetworkReply> m_reply;
+    qlonglong m_framesRead = 0;
+    qlonglong m_framesRemaining;
+    bool m_stopped = false;
+    /** There are frames in the reply that wait for the worker to catch up. */
+    bool m_heldBack = false;
+    /** The chunks whose bytes the worker may still need, and behind them those that can be filled again. */
+    QQueue<Chunk> m_chunks;
+};
