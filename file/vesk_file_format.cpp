@@ -112,8 +112,8 @@ std::optional<qint64> VeskFileFormat::framePosition(qint64 dataOffset, quint32 f
                                                     qint64 firstFr)
 {
     qint64 position = 0;
-    if (qSubOverflow(fr, firstFr, &position) || qMulOverflow(position, qint64(frameSize), &position) ||
-        qAddOverflow(position, dataOffset, &position) || position < 0)
+    if (fr < firstFr || qSubOverflow(fr, firstFr, &position) ||
+        qMulOverflow(position, qint64(frameSize), &position) || qAddOverflow(position, dataOffset, &position))
         return {};
     return position;
 }
@@ -123,7 +123,9 @@ QByteArray VeskFileFormat::readRecords(QIODevice &device, std::optional<qint64> 
 {
     if (!position || frameSize > MaxFrameSize || frames < 0)
         return {};
-    const qint64 held = std::max<qint64>(device.size() - *position, 0);
+    const qint64 held = device.size() - *position;
+    if (held <= 0)
+        return {};
     const qint64 wanted = frameSize > 0 && frames > held / frameSize ? held : frames * frameSize;
     QByteArray records(qsizetype(wanted), Qt::Uninitialized);
     const qint64 read = device.seek(*position) ? device.read(records.data(), wanted) : 0;

@@ -72,8 +72,8 @@ std::optional<Header> readHeader(QIODevice &device);
 std::optional<QJsonObject> readJson(QIODevice &device, const Header &header, QString &error);
 
 /**
- * Where a frame lies in bytes from the start of the file. None when that is no position in any file. fr and
- * firstFr are numbers of the recording and may be negative.
+ * Where a frame lies in bytes from the start of the file. None before the first frame, and when that is no
+ * position in any file. fr and firstFr are numbers of the recording and may be negative.
  */
 std::optional<qint64> framePosition(qint64 dataOffset, quint32 frameSize, qint64 fr, qint64 firstFr);
 
