@@ -1,12 +1,20 @@
 #include "save/file_save_job.h"
 
+#include "file/vesk_file_reader.h"
 #include "save/vesk_writer.h"
 #include "take/abstract_take.h"
 #include "take/abstract_take_reader.h"
 
+static VeskReader *newReader(FileSaveJob *job)
+{
+    if (job->sourceType() == SaveJob::VeskFileSourceType)
+        return new VeskFileReader(job);
+    return new AbstractTakeReader(job);
+}
+
 FileSaveJob::FileSaveJob(const SaveSource &source, qlonglong startFr, qlonglong frCnt, const Output &output,
                          const FileNameTemplate &fileName, QObject *parent)
-    : SaveJob(source, startFr, frCnt, output, fileName, parent), m_reader(new AbstractTakeReader(this))
+    : SaveJob(source, startFr, frCnt, output, fileName, parent), m_reader(newReader(this))
 {
 }
 
