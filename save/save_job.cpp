@@ -13,12 +13,21 @@ SaveJob::SaveJob(const SaveSource &source, qlonglong startFr, qlonglong frCnt, c
       m_sourceTakeId(source.takeId), m_sourceFileName(source.fileName), m_startFr(startFr), m_frCnt(frCnt),
       m_output(output), m_fileName(fileName)
 {
-    m_lossConnections.append(connect(m_source, &QObject::destroyed, this, [this] { m_source = nullptr; }));
     if (m_queue)
         m_lossConnections.append(connect(m_queue, &QObject::destroyed, this, &SaveJob::queueDestroyed));
-    if (auto *take = qobject_cast<AbstractTake *>(m_source))
+    if (auto *take = qobject_cast<AbstractTake *>(source.object))
         m_lossConnections.append(
             connect(take, &AbstractTake::deletedClosed, this, &SaveJob::sourceDeletedClosed));
+}
+
+PlaybackVeskObject *SaveJob::source() const
+{
+    return m_source;
+}
+
+SaveJobQueue *SaveJob::queue() const
+{
+    return m_queue;
 }
 
 void SaveJob::appendToFileName(const QString &text)
@@ -60,7 +69,6 @@ void SaveJob::finish(FinishState state)
 
 void SaveJob::queueDestroyed()
 {
-    m_queue = nullptr;
     fail(QStringLiteral("camera disconnected"));
 }
 

@@ -5,6 +5,7 @@
 #include "save/save_source.h"
 
 #include <QObject>
+#include <QPointer>
 #include <QtQmlIntegration>
 
 class PlaybackVeskObject;
@@ -71,9 +72,9 @@ public:
             const FileNameTemplate &fileName, QObject *parent);
 
     /** Null when the source has gone. */
-    PlaybackVeskObject *source() const { return m_source; }
+    PlaybackVeskObject *source() const;
     /** Null for a native file, and when the camera has gone. */
-    SaveJobQueue *queue() const { return m_queue; }
+    SaveJobQueue *queue() const;
     SourceType sourceType() const { return m_sourceType; }
     const QString &sourceCameraName() const { return m_sourceCameraName; }
     int sourceTakeId() const { return m_sourceTakeId; }
@@ -135,8 +136,8 @@ private:
     void sourceDeletedClosed();
     void fail(const QString &error);
 
-    PlaybackVeskObject *m_source;
-    SaveJobQueue *m_queue;
+    QPointer<PlaybackVeskObject> m_source;
+    QPointer<SaveJobQueue> m_queue;
     SourceType m_sourceType;
     QString m_sourceCameraName;
     int m_sourceTakeId;

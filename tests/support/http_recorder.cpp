@@ -33,6 +33,24 @@ void HttpRecorder::release()
         answer(one.request, one.responder);
 }
 
+void HttpRecorder::beginStream(const QHttpHeaders &headers, QHttpServerResponder::StatusCode status)
+{
+    m_stream.emplace(std::move(m_held.front().responder));
+    m_held.erase(m_held.begin());
+    m_stream->writeBeginChunked(headers, status);
+}
+
+void HttpRecorder::stream(const QByteArray &piece)
+{
+    m_stream->writeChunk(piece);
+}
+
+void HttpRecorder::endStream()
+{
+    m_stream->writeEndChunked({});
+    m_stream.reset();
+}
+
 void HttpRecorder::handle(const QHttpServerRequest &request, QHttpServerResponder &responder)
 {
     const char *method = "OTHER";

@@ -8,6 +8,8 @@
 #include <QObject>
 
 #include <functional>
+#include <optional>
+#include <vector>
 
 /**
  * An HTTP server on port 80 of a loopback address that records what it is asked and answers what the test
@@ -48,6 +50,12 @@ public:
     void release();
     qsizetype heldCount() const { return qsizetype(m_held.size()); }
 
+    /** Answers the oldest request that is held back, piece by piece and with no word on how long it gets. */
+    void beginStream(const QHttpHeaders &headers = {},
+                     QHttpServerResponder::StatusCode status = QHttpServerResponder::StatusCode::Ok);
+    void stream(const QByteArray &piece);
+    void endStream();
+
 signals:
     void requestReceived();
 
@@ -67,4 +75,5 @@ private:
     std::function<Reply(const Request &)> m_answer;
     std::function<bool(const Request &)> m_hold;
     std::vector<Held> m_held;
+    std::optional<QHttpServerResponder> m_stream;
 };
