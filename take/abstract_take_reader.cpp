@@ -77,7 +77,8 @@ void AbstractTakeReader::goOn()
 void AbstractTakeReader::replyFinished()
 {
     const QNetworkReply::NetworkError error = m_reply->error();
-    if (error != QNetworkReply::NoError && error != QNetworkReply::OperationCanceledError) {
+    const bool failed = error != QNetworkReply::NoError && error != QNetworkReply::OperationCanceledError;
+    if (failed || isCutShort()) {
         fail();
     } else if (m_reply->bytesAvailable() > 0) {
         // Little enough to take it whether or not the worker keeps up.
@@ -99,6 +100,13 @@ qint64 AbstractTakeReader::recordSize() const
 {
     const char *size = m_reply->hasRawHeader("Img-Size") ? "Img-Size" : "Fr-Size";
     return qint64(m_reply->rawHeader(size).toUInt()) + m_reply->rawHeader("Meta-Size").toUInt();
+}
+
+/** Of a connection that closes in the middle of a long body the network manager may tell no error. */
+bool AbstractTakeReader::isCutShort() const
+{
+    return isFrames() && m_framesRead * recordSize() + m_reply->bytesAvailable() <
+                             m_reply->header(QNetworkRequest::ContentLengthHeader).toLongLong();
 }
 
 qint64 AbstractTakeReader::waitingBytes(qint64 recordSize) const

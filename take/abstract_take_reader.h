@@ -46,6 +46,7 @@ private:
     void fail();
     void setFirstError(const QString &text);
     bool isFrames() const;
+    bool isCutShort() const;
     qint64 recordSize() const;
     qint64 waitingBytes(qint64 recordSize) const;
     QByteArray emptyChunk();

@@ -1,0 +1,81 @@
+#pragma once
+
+#include "app/qml_object_list_model_base.h"
+#include "app/vesk_app.h"
+#include "camera/camera.h"
+#include "save/save_job.h"
+#include "save/save_manager.h"
+#include "sim/camera_thread.h"
+#include "sim/frame_run.h"
+#include "take/take.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+
+/** A simulated camera with one take, to which the program is connected, and a folder to save into. */
+struct SimSaveFixture {
+    static q4sim::Config config(const q4sim::TakeOrder &order, int cfa)
+    {
+        q4sim::Config config;
+        config.address = QHostAddress(QStringLiteral("127.0.3.20"));
+        config.discovery = false;
+        config.cfa = cfa;
+        config.takes = {order};
+        return config;
+    }
+
+    explicit SimSaveFixture(const q4sim::TakeOrder &order, int cfa = 1)
+        : host(config(order, cfa)), camera(std::make_unique<Camera>(host.camera().config().address, nullptr))
+    {
+    }
+
+    /** Connects and waits until the take is open. */
+    bool open()
+    {
+        if (!host.listen().isEmpty())
+            return false;
+        camera->connectCamera();
+        const auto isOpen = [this] {
+            take = qobject_cast<Take *>(camera->takes()->get(0));
+            return take && take->valuesInit();
+        };
+        return QTest::qWaitFor(isOpen);
+    }
+
+    SaveJob *save(Util::Format format, qlonglong startFr, qlonglong frCnt,
+                  const QString &name = QStringLiteral("shot"))
+    {
+        return manager->createSaveJob(take, startFr, frCnt, SaveManager::FileDest, format, Util::CodecVesk,
+                                      30.0, 15, name, folder);
+    }
+
+    /** What the camera sends for a run of frames, straight from it. */
+    QByteArray sent(qlonglong startFr, qlonglong frCnt)
+    {
+        const QString body = QStringLiteral(R"({"type":3,"src":0,"take":1,"start":%1,"cnt":%2})");
+        const q4sim::Answer answer =
+            host.camera().answer("POST", QStringLiteral("/xfer"), body.arg(startFr).arg(frCnt).toUtf8());
+        return answer.run ? answer.run->readAll() : QByteArray();
+    }
+
+    void fault(const q4sim::Fault &fault) { host.camera().setFault(q4sim::Route::Xfer, fault); }
+
+    QString path(const QString &name) const { return folder + QLatin1Char('/') + name; }
+    QByteArray content(const QString &name) const
+    {
+        QFile file(path(name));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+    QStringList files() const { return QDir(folder).entryList(QDir::Files, QDir::Name); }
+
+    QTemporaryDir temporary;
+    QString folder = temporary.path();
+    q4sim::CameraThread host;
+    std::unique_ptr<Camera> camera;
+    Take *take = nullptr;
+    /** Goes first. */
+    std::unique_ptr<SaveManager> manager = std::make_unique<SaveManager>(nullptr);
+};

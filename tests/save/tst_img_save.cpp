@@ -1,0 +1,265 @@
+#include "tests/save/foreign_tiff.h"
+#include "tests/save/sim_save_fixture.h"
+#include "tests/support/vesk_test_main.h"
+
+#include <QDesktopServices>
+#include <QProcess>
+#include <QSignalSpy>
+
+using namespace Qt::StringLiterals;
+using q4sim::FaultKind;
+
+/** Catches what would be opened on the desktop. */
+class UrlCatcher : public QObject
+{
+    Q_OBJECT
+
+public:
+    UrlCatcher() { QDesktopServices::setUrlHandler(u"file"_s, this, "caught"); }
+    ~UrlCatcher() override { QDesktopServices::unsetUrlHandler(u"file"_s); }
+
+    QList<QUrl> urls;
+
+public slots:
+    void caught(const QUrl &url) { urls.append(url); }
+};
+
+/** Takes of a simulated camera as TIFF images: what is in them, and how they are called. */
+class TestImgSave : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<SimSaveFixture> m_fixture;
+
+    bool openTake(int cfa)
+    {
+        m_fixture = std::make_unique<SimSaveFixture>(
+            q4sim::TakeOrder{.first = -20, .last = 299, .frameRate = 500.0, .res = u"160x96"_s}, cfa);
+        return m_fixture->open();
+    }
+
+    SaveJob *save(qlonglong startFr, qlonglong frCnt, const QString &name = u"shot"_s)
+    {
+        return m_fixture->save(Util::FormatTiff, startFr, frCnt, name);
+    }
+
+    /** The picture that the view shows of a frame. */
+    QImage shown(qlonglong fr)
+    {
+        Take *take = m_fixture->take;
+        take->setSelected(true);
+        take->pause();
+        if (!QTest::qWaitFor([take] { return !take->frameInFlight(); }))
+            return {};
+        QSignalSpy shows(take->imgFrame(), &ImgFrame::imageChanged);
+        take->setFr(fr, true);
+        if (!QTest::qWaitFor([&] { return !shows.isEmpty() && !take->frameInFlight(); }))
+            return {};
+        take->setSelected(false);
+        return take->imgFrame()->image();
+    }
+
+    static QByteArray rgb(const QImage &image)
+    {
+        QByteArray bytes;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                const QRgb pixel = image.pixel(x, y);
+                bytes += char(qRed(pixel));
+                bytes += char(qGreen(pixel));
+                bytes += char(qBlue(pixel));
+            }
+        }
+        return bytes;
+    }
+
+private slots:
+    void cleanup() { m_fixture.reset(); }
+
+    void imageIsThePictureThatTheViewShows_data()
+    {
+        QTest::addColumn<int>("cfa");
+        QTest::addColumn<int>("rotate");
+        QTest::addColumn<bool>("flipH");
+        QTest::addColumn<bool>("flipV");
+        QTest::addColumn<int>("overlay"); // 1 exposure assist, 2 to 4 focus peaking
+        for (const int cfa : {0, 1, 2}) {
+            for (const int rotate : {0, 90, 180, 270}) {
+                for (int flip = 0; flip < 4; ++flip) {
+                    QTest::addRow("cfa %d rotated %d flip %d", cfa, rotate, flip)
+                        << cfa << rotate << bool(flip & 1) << bool(flip & 2) << flip;
+                }
+            }
+        }
+        QTest::newRow("colour, strongest peaking") << 1 << 0 << false << false << 4;
+        QTest::newRow("monochrome, strongest peaking") << 0 << 90 << false << true << 4;
+    }
+
+    void imageIsThePictureThatTheViewShows()
+    {
+        QFETCH(const int, cfa);
+        QFETCH(const int, rotate);
+        QFETCH(const bool, flipH);
+        QFETCH(const bool, flipV);
+        QFETCH(const int, overlay);
+        QVERIFY(openTake(cfa));
+        ImgAdjModel *adj = m_fixture->take->imgAdjModel();
+        adj->gain()->setValue(2.0, false);
+        adj->gamma()->setValue(1.6, false);
+        adj->wbR()->setValue(1.4, false);
+        adj->setRotate(rotate);
+        adj->setFlipH(flipH ? 1 : 0);
+        adj->setFlipV(flipV ? 1 : 0);
+        if (overlay == 1)
+            adj->setExpAssist(ImgAdjModel::ExpAssistEnabled);
+        else if (overlay > 1)
+            adj->setFocusPeak(ImgAdjModel::FocusPeak(overlay - 1));
+        const QImage pictures[] = {shown(-1), shown(0)};
+        SaveJob *job = save(-1, 2, u"<fr>"_s);
+        QTRY_COMPARE(job->state(), SaveJob::Done);
+        QCOMPARE(m_fixture->files(), QStringList({u"-1.tiff"_s, u"0.tiff"_s}));
+        for (int i = 0; i < 2; ++i) {
+            const ForeignTiff tiff = ForeignTiff::read(m_fixture->path(m_fixture->files()[i]));
+            QCOMPARE(tiff.width, rotate % 180 == 0 ? 160 : 96);
+            QCOMPARE(tiff.height, rotate % 180 == 0 ? 96 : 160);
+            QVERIFY(tiff.rgb == rgb(pictures[i]));
+        }
+        QVERIFY(pictures[0] != pictures[1]);
+    }
+
+    void everyFrameOfALongRunIsInItsOwnImage()
+    {
+        QVERIFY(openTake(1));
+        SaveJob *job = save(-20, 320, u"<fr:3>"_s);
+        QTRY_COMPARE(job->state(), SaveJob::Done);
+        QCOMPARE(m_fixture->files().size(), 320);
+        for (const qlonglong fr : {-20, 0, 1, 137, 299}) {
+            const QString name = u"%1.tiff"_s.arg(fr, 3, 10, QChar(u'0'));
+            QVERIFY(ForeignTiff::read(m_fixture->path(name)).rgb == rgb(shown(fr)));
+        }
+    }
+
+    void imagesAreUncompressedOfEightBitsAndThreeChannels()
+    {
+        QVERIFY(openTake(0));
+        SaveJob *job = save(0, 1);
+        QTRY_COMPARE(job->state(), SaveJob::Done);
+        QProcess info;
+        info.start(u"tiffinfo"_s, {m_fixture->path(u"shot_0.tiff"_s)});
+        QVERIFY(info.waitForFinished());
+        const QString told = QString::fromUtf8(info.readAllStandardOutput());
+        for (const char *line : {"Image Width: 160 Image Length: 96", "Bits/Sample: 8", "Samples/Pixel: 3",
+                                 "Compression Scheme: None", "Photometric Interpretation: RGB color"})
+            QVERIFY2(told.contains(QLatin1StringView(line)), qPrintable(told));
+    }
+
+    void nameWithoutANumberGetsOneOfAsManyDigitsAsTheCount_data()
+    {
+        QTest::addColumn<int>("count");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("first");
+        QTest::addColumn<QString>("last");
+        QTest::newRow("nine") << 9 << "shot" << "shot_0.tiff" << "shot_8.tiff";
+        QTest::newRow("ten") << 10 << "shot" << "shot_00.tiff" << "shot_09.tiff";
+        QTest::newRow("hundred") << 100 << "shot" << "shot_000.tiff" << "shot_099.tiff";
+        QTest::newRow("frame number") << 3 << "a<fr:6>" << "a000005.tiff" << "a000007.tiff";
+        QTest::newRow("sequence number") << 3 << "b<seq:2>" << "b00.tiff" << "b02.tiff";
+    }
+
+    void nameWithoutANumberGetsOneOfAsManyDigitsAsTheCount()
+    {
+        QFETCH(const int, count);
+        QFETCH(const QString, name);
+        QVERIFY(openTake(0));
+        SaveJob *job = save(5, count, name);
+        QTRY_COMPARE(job->state(), SaveJob::Done);
+        QCOMPARE(m_fixture->files().size(), count);
+        QTEST(m_fixture->files().first(), "first");
+        QTEST(m_fixture->files().last(), "last");
+    }
+
+    void takenNameMovesThatImageAlone()
+    {
+        QVERIFY(openTake(0));
+        for (const char *name : {"shot_1.tiff", "shot_2.tiff", "shot_2 (2).tiff"}) {
+            QFile file(m_fixture->path(QString::fromLatin1(name)));
+            QVERIFY(file.open(QIODevice::WriteOnly));
+        }
+        SaveJob *job = save(0, 4);
+        QTRY_COMPARE(job->state(), SaveJob::Done);
+        QCOMPARE(m_fixture->files(),
+                 QStringList({u"shot_0.tiff"_s, u"shot_1 (2).tiff"_s, u"shot_1.tiff"_s, u"shot_2 (2).tiff"_s,
+                              u"shot_2 (3).tiff"_s, u"shot_2.tiff"_s, u"shot_3.tiff"_s}));
+        QCOMPARE(m_fixture->content(u"shot_1.tiff"_s), QByteArray());
+        QVERIFY(!m_fixture->content(u"shot_1 (2).tiff"_s).isEmpty());
+    }
+
+    void changesWhileItSavesHaveNoEffect()
+    {
+        QVERIFY(openTake(1));
+        const QByteArray before = rgb(shown(99));
+        m_fixture->fault({.kind = FaultKind::Delay, .ms = 200});
+        SaveJob *job = save(99, 1);
+        m_fixture->take->imgAdjModel()->gain()->setValue(4.0, false);
+        QTRY_COMPARE(job->state(), SaveJob::Done);
+        QVERIFY(ForeignTiff::read(m_fixture->path(u"shot_0.tiff"_s)).rgb == before);
+    }
+
+    void imageThatCannotBeWrittenEndsTheSaveAndLeavesTheOthers_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QStringList>("left");
+        QTest::newRow("folder is not there") << "gone/x" << QStringList();
+        QTest::newRow("name taken meanwhile") << "x" << QStringList({u"x_0.tiff"_s, u"x_1.tiff"_s});
+    }
+
+    void imageThatCannotBeWrittenEndsTheSaveAndLeavesTheOthers()
+    {
+        QFETCH(const QString, name);
+        QVERIFY(openTake(0));
+        QVERIFY(QFile::link(m_fixture->path(u"nowhere"_s), m_fixture->path(u"x_2.tiff"_s)));
+        SaveJob *job = save(0, 9, name);
+        QTRY_COMPARE(job->state(), SaveJob::Error);
+        QCOMPARE(job->error(), u"write error"_s);
+        QTEST(m_fixture->files(), "left");
+    }
+
+    void framesOfNoSizeEndTheSave()
+    {
+        QVERIFY(openTake(0));
+        m_fixture->take->resValue()->updateValue(u"160"_s);
+        SaveJob *job = save(0, 3);
+        QTRY_COMPARE(job->state(), SaveJob::Error);
+        QCOMPARE(job->error(), u"write error"_s);
+        QCOMPARE(m_fixture->files(), QStringList());
+    }
+
+    void imagesOfACancelledSaveStay()
+    {
+        QVERIFY(openTake(0));
+        m_fixture->fault({.kind = FaultKind::Drip, .ms = 20, .bytes = 160 * 96 + 32});
+        SaveJob *job = save(0, 100);
+        QTRY_VERIFY(job->progress() > 3.0);
+        job->cancel();
+        QCOMPARE(job->state(), SaveJob::Cancelled);
+        QVERIFY(m_fixture->files().size() > 3);
+        QCOMPARE(ForeignTiff::read(m_fixture->path(u"shot_000.tiff"_s)).width, 160);
+    }
+
+    void openOfADoneSaveShowsItsFolder()
+    {
+        QVERIFY(openTake(0));
+        UrlCatcher catcher;
+        SaveJob *job = save(0, 2);
+        job->open(); // not done yet
+        QTRY_COMPARE(job->state(), SaveJob::Done);
+        QCOMPARE(catcher.urls, QList<QUrl>());
+        job->open();
+        QCOMPARE(catcher.urls.size(), 1);
+        QCOMPARE(catcher.urls.first().toLocalFile(), m_fixture->folder);
+    }
+};
+
+VESK_TEST_MAIN(TestImgSave)
+#include "tst_img_save.moc"
