@@ -33,7 +33,7 @@ ends() {
 check helpListsEveryCommand ends 0 '^  shell ' "$dev" --help
 check noCommandIsAnError ends 2 '^usage: ./dev COMMAND' "$dev"
 check unknownCommandIsNamed ends 2 "no command 'biuld'" "$dev" biuld
-for command in run test bench lint shell; do
+for command in run test bench lint fuzz shell; do
     check "helpExplains_$command" ends 0 "^usage: ./dev $command" "$dev" "$command" --help
     check "unknownOptionIsNamed_$command" ends 2 "'--wrong'" "$dev" "$command" --wrong
 done
@@ -41,6 +41,9 @@ check unknownPresetIsNamed ends 2 "no preset 'fast'" "$dev" test --preset fast
 check missingPresetIsAnError ends 2 "no preset ''" "$dev" test --preset
 check secondsAreANumber ends 2 "'soon' is no number" "$dev" run --seconds soon
 check noSecondsIsAnError ends 2 "no number of seconds" "$dev" run --seconds 0
+check secondsOfFuzzingAreANumber ends 2 "'soon' is no number" "$dev" fuzz --seconds soon
+check fuzzingTakesTime ends 2 "'00' is no number of seconds" "$dev" fuzz --seconds 00
+check unknownHarnessIsNamed ends 2 "no harness 'nothing'" "$dev" fuzz --only nothing
 check camerasAreLimitedByTheirAddresses ends 2 "'17' is no number of cameras" "$dev" run --cameras 17
 check helpBehindTheDashesBelongsToTheProgram ends 2 "'soon'" "$dev" run --seconds soon -- --help
 ln -s "$dev" "$scratch/link"
