@@ -1,5 +1,6 @@
 #include "app/log.h"
 #include "camera/camera.h"
+#include "tests/file/hand_made_file.h"
 #include "tests/support/vesk_test_main.h"
 
 #include <QFile>
@@ -126,6 +127,21 @@ private slots:
         QVERIFY(run.errorOutput.contains("sources: 0"));
     }
 
+    void fileOnTheCommandLineIsOpenedAndShown()
+    {
+        const QByteArray json =
+            R"({"acq":{"res":"4x2"},"first_fr":0,"fr_cnt":1,"last_fr":0,"meta":{"size":8}})";
+        QFile file(m_dir->filePath("take #3.vesk"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(HandMade::usual(json, HandMade::record(1, 0)));
+        file.close();
+        const Run run = start({file.fileName()});
+        QCOMPARE(run.exitCode, 0);
+        QVERIFY(!run.errorOutput.contains("error opening"));
+        QVERIFY2(run.errorOutput.contains("sources: 1"), qPrintable(run.errorOutput));
+        QVERIFY(run.errorOutput.contains("picture: 4 x 2"));
+    }
+
     void settingsThatAreNoJsonGiveDefaultsAndAreKept()
     {
         writeSettings("not { json");
@@ -154,6 +170,8 @@ static int child(int argc, char *argv[])
     qWarning("a warning");
     qCritical("a critical");
     qDebug("sources: %d", app.veskObjModel()->count());
+    if (const VeskObject *source = app.selectedVeskObject())
+        qDebug("picture: %d x %d", source->imgFrame()->image().width(), source->imgFrame()->image().height());
     if (QCoreApplication::arguments().contains("--crash")) {
         // A page that is never mapped.
         volatile std::uintptr_t page = 64;
