@@ -43,12 +43,12 @@ void readFrames(VeskFile &file, std::size_t size)
 }
 
 /** As a save reads the file, from its first frame on. */
-void streamFrames(const VeskFile &file, std::size_t size)
+void streamFrames(VeskFile &file, std::size_t size)
 {
     QFile device(file.fileName());
     require(device.open(QIODevice::ReadOnly | QIODevice::Unbuffered));
     RawFrame geometry;
-    const_cast<VeskFile &>(file).getFrame(&geometry, 0);
+    file.getFrame(&geometry, 0);
     VeskFileReaderWorker worker(&device, {.startFr = file.aFr(),
                                           .frCnt = file.frCntValue()->variant().toInt(),
                                           .firstFr = file.firstFrValue()->variant().toInt(),
@@ -76,12 +76,13 @@ void saveAgain(const VeskFile &file)
     VeskFileFormat::Preamble preamble = VeskFileFormat::preamble(file.valuesToJson(), -5, 7);
     QBuffer device(&preamble.bytes);
     require(device.open(QIODevice::ReadOnly));
-    const auto header = VeskFileFormat::readHeader(device);
-    require(header && header->dataOffset == quint64(preamble.dataOffset));
-    require(header->dataOffset % 4096 == 0 && header->dataOffset >= header->jsonOffset + header->jsonSize);
+    // None of them would end the process as well.
+    const VeskFileFormat::Header header = VeskFileFormat::readHeader(device).value();
+    require(header.dataOffset == quint64(preamble.dataOffset));
+    require(header.dataOffset % 4096 == 0 && header.dataOffset >= header.jsonOffset + header.jsonSize);
     QString error;
-    const auto values = VeskFileFormat::readJson(device, *header, error);
-    require(values && values->value(QLatin1String("last_fr")) == QJsonValue(1));
+    const QJsonObject values = VeskFileFormat::readJson(device, header, error).value();
+    require(values.value(QLatin1String("last_fr")) == QJsonValue(1));
 }
 } // namespace
 
