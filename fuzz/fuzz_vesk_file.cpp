@@ -76,12 +76,12 @@ void saveAgain(const VeskFile &file)
     VeskFileFormat::Preamble preamble = VeskFileFormat::preamble(file.valuesToJson(), -5, 7);
     QBuffer device(&preamble.bytes);
     require(device.open(QIODevice::ReadOnly));
-    // None of them would end the process as well.
-    const VeskFileFormat::Header header = VeskFileFormat::readHeader(device).value();
+    const VeskFileFormat::Header header =
+        VeskFileFormat::readHeader(device).value_or(VeskFileFormat::Header());
     require(header.dataOffset == quint64(preamble.dataOffset));
     require(header.dataOffset % 4096 == 0 && header.dataOffset >= header.jsonOffset + header.jsonSize);
     QString error;
-    const QJsonObject values = VeskFileFormat::readJson(device, header, error).value();
+    const QJsonObject values = VeskFileFormat::readJson(device, header, error).value_or(QJsonObject());
     require(values.value(QLatin1String("last_fr")) == QJsonValue(1));
 }
 } // namespace
