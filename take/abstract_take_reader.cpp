@@ -33,7 +33,8 @@ bool AbstractTakeReader::start()
         setError(QStringLiteral("can't start xfer"));
         return false;
     }
-    m_reply->setReadBufferSize(ReplyBytes);
+    connect(m_reply, &QNetworkReply::requestSent, this, &AbstractTakeReader::limitReply);
+    connect(m_reply, &QNetworkReply::metaDataChanged, this, &AbstractTakeReader::limitReply);
     connect(m_reply, &QNetworkReply::readyRead, this, &AbstractTakeReader::replyReadyRead);
     connect(m_reply, &QNetworkReply::finished, this, &AbstractTakeReader::replyFinished);
     connect(this, &QObject::destroyed, m_reply, &QObject::deleteLater);
@@ -41,6 +42,14 @@ bool AbstractTakeReader::start()
     connect(this, &AbstractTakeReader::readyRead, writer->worker(), &VeskWriterWorker::writeFrames);
     connect(writer, &VeskWriter::framesWrittenChanged, this, &AbstractTakeReader::goOn);
     return true;
+}
+
+/** Not before the request is on its way: the network manager forgets what it is told earlier. */
+void AbstractTakeReader::limitReply()
+{
+    const qint64 room = std::max(ReplyBytes, 2 * std::min(recordSize(), MaxRecordBytes));
+    if (m_reply->readBufferSize() != room)
+        m_reply->setReadBufferSize(room);
 }
 
 void AbstractTakeReader::stop()
@@ -87,6 +96,7 @@ void AbstractTakeReader::replyFinished()
     m_reply->deleteLater();
     m_reply = nullptr;
     m_chunks.clear();
+    m_begun.clear();
 }
 
 bool AbstractTakeReader::isFrames() const
@@ -105,7 +115,7 @@ qint64 AbstractTakeReader::recordSize() const
 /** Of a connection that closes in the middle of a long body the network manager may tell no error. */
 bool AbstractTakeReader::isCutShort() const
 {
-    return isFrames() && m_framesRead * recordSize() + m_reply->bytesAvailable() <
+    return isFrames() && m_framesRead * recordSize() + m_begun.size() + m_reply->bytesAvailable() <
                              m_reply->header(QNetworkRequest::ContentLengthHeader).toLongLong();
 }
 
@@ -114,7 +124,7 @@ qint64 AbstractTakeReader::waitingBytes(qint64 recordSize) const
     return (m_framesRead - m_job->writer()->framesWritten()) * recordSize;
 }
 
-/** Passes every whole frame on that has arrived; a part of one stays for the next turn. */
+/** Passes every whole frame on that has arrived; a part of one waits for the next turn. */
 void AbstractTakeReader::takeFrames()
 {
     if (!isFrames())
@@ -125,20 +135,31 @@ void AbstractTakeReader::takeFrames()
         m_reply->abort();
         return;
     }
-    const qint64 room = std::max(ReplyBytes, 2 * size);
-    if (m_reply->readBufferSize() != room)
-        m_reply->setReadBufferSize(room);
-    const qlonglong count = std::min(m_reply->bytesAvailable() / size, m_framesRemaining);
-    if (count <= 0)
-        return;
-    QByteArray data = emptyChunk();
-    data.resizeForOverwrite(count * size);
-    if (m_reply->read(data.data(), data.size()) != data.size())
-        return;
-    m_framesRead += count;
-    m_framesRemaining -= count;
-    m_chunks.enqueue({data, m_framesRead});
-    emit readyRead(data, count, m_framesRead, m_framesRemaining);
+    const qsizetype begun = m_begun.size();
+    const qlonglong count = std::min((begun + m_reply->bytesAvailable()) / size, m_framesRemaining);
+    if (count > 0) {
+        QByteArray data = std::exchange(m_begun, {});
+        if (!readOn(data, count * size - begun))
+            return;
+        m_framesRead += count;
+        m_framesRemaining -= count;
+        m_chunks.enqueue({data, m_framesRead});
+        emit readyRead(data, count, m_framesRead, m_framesRemaining);
+        m_begun = emptyChunk();
+        m_begun.resize(0);
+    }
+    // What is left begins the next chunk. The network manager, whose buffer is limited, brings no more before
+    // it has given all that it has.
+    if (m_reply && m_framesRemaining > 0)
+        readOn(m_begun, m_reply->bytesAvailable());
+}
+
+/** Appends bytes that have arrived. */
+bool AbstractTakeReader::readOn(QByteArray &data, qint64 bytes)
+{
+    const qsizetype before = data.size();
+    data.resizeForOverwrite(before + bytes);
+    return m_reply->read(data.data() + before, bytes) == bytes;
 }
 
 /**

@@ -38,6 +38,7 @@ private:
         qlonglong framesRead;
     };
 
+    void limitReply();
     void replyReadyRead();
     void replyFinished();
     void goOn();
@@ -49,6 +50,7 @@ private:
     bool isCutShort() const;
     qint64 recordSize() const;
     qint64 waitingBytes(qint64 recordSize) const;
+    bool readOn(QByteArray &data, qint64 bytes);
     QByteArray emptyChunk();
 
     FileSaveJob *m_job;
@@ -60,4 +62,6 @@ private:
     bool m_heldBack = false;
     /** The chunks whose bytes the worker may still need, and behind them those that can be filled again. */
     QQueue<Chunk> m_chunks;
+    /** The part of a frame that has arrived behind the last chunk: the start of the next one. */
+    QByteArray m_begun;
 };

@@ -4,6 +4,7 @@
 #include "app/vesk_app.h"
 #include "camera/camera.h"
 #include "save/save_job.h"
+#include "save/save_job_queue.h"
 #include "save/save_manager.h"
 #include "sim/camera_thread.h"
 #include "sim/frame_run.h"

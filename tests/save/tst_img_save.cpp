@@ -131,10 +131,10 @@ private slots:
     void everyFrameOfALongRunIsInItsOwnImage()
     {
         QVERIFY(openTake(1));
-        SaveJob *job = save(-20, 320, u"<fr:3>"_s);
-        QTRY_COMPARE(job->state(), SaveJob::Done);
-        QCOMPARE(m_fixture->files().size(), 320);
-        for (const qlonglong fr : {-20, 0, 1, 137, 299}) {
+        SaveJob *job = save(-20, 160, u"<fr:3>"_s);
+        QTRY_COMPARE_WITH_TIMEOUT(job->state(), SaveJob::Done, 30000);
+        QCOMPARE(m_fixture->files().size(), 160);
+        for (const qlonglong fr : {-20, 0, 1, 137, 139}) {
             const QString name = u"%1.tiff"_s.arg(fr, 3, 10, QChar(u'0'));
             QVERIFY(ForeignTiff::read(m_fixture->path(name)).rgb == rgb(shown(fr)));
         }
