@@ -1,3 +1,4 @@
+#include "app/arithmetic.h"
 #include "camera/vesk_value.h"
 #include "file/vesk_file.h"
 #include "file/vesk_file_reader.h"
@@ -26,7 +27,7 @@ QString pathOf(const std::uint8_t *data, std::size_t size)
 void readFrames(VeskFile &file, std::size_t size)
 {
     const std::array<qint64, 9> numbers{file.fr(),
-                                        file.fr() + 1,
+                                        saturatedSum(file.fr(), 1),
                                         file.aFr(),
                                         file.bFr(),
                                         0,
@@ -86,17 +87,29 @@ void saveAgain(const VeskFile &file)
 }
 } // namespace
 
+/** Most inputs end here, a hundred times as fast as with a source around them. */
+static bool isRefused(const std::uint8_t *data, std::size_t size)
+{
+    QBuffer device;
+    device.setData(reinterpret_cast<const char *>(data), qsizetype(size));
+    require(device.open(QIODevice::ReadOnly));
+    const auto header = VeskFileFormat::readHeader(device);
+    QString error;
+    return !header || !VeskFileFormat::readJson(device, *header, error);
+}
+
 /** A native file: it is refused, or what it says it holds is what it has. */
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     FuzzApplication &application = FuzzApplication::instance();
+    if (isRefused(data, size))
+        return 0;
     {
         VeskFile file(pathOf(data, size), VeskApp::instance());
-        if (file.open()) {
-            readFrames(file, size);
-            streamFrames(file, size);
-            saveAgain(file);
-        }
+        require(file.open());
+        readFrames(file, size);
+        streamFrames(file, size);
+        saveAgain(file);
         file.close();
     }
     application.tidy();
