@@ -155,6 +155,7 @@ private slots:
         row("null", R"({"meta":{"size":null},"meta_size":16,"time":{"year_offset":5}})", 16, 5);
         row("meta is no object", R"({"meta":7,"meta_size":16,"time":{"year_offset":5}})", 16, 5);
         row("both", R"({"meta":{"size":8,"year_offset":6},"meta_size":16,"time":{"year_offset":5}})", 8, 6);
+        row("empty key", R"({"":{"size":3},"\u0000":{"size":4},"meta_size":16})", 16, {});
         row("zero counts", R"({"meta":{"size":0},"meta_size":16})", 0, {});
         row("nowhere", "{}", {}, {});
         row("null everywhere", R"({"meta":{"size":null},"meta_size":null,"time":null})", {}, {});
@@ -167,6 +168,24 @@ private slots:
         const auto file = opened(usual(json, {}));
         QTEST(file->metaSizeValue()->variant(), "metaSize");
         QTEST(file->yearOffsetValue()->variant(), "yearOffset");
+    }
+
+    void valuesWithoutAnOlderPlaceTakeNothingFromAnEmptyKey_data()
+    {
+        QTest::addColumn<QByteArray>("json");
+        QTest::newRow("empty") << QByteArray(R"({"":5})");
+        QTest::newRow("null character") << QByteArray(R"({"\u0000":5})");
+        QTest::newRow("null character among others")
+            << QByteArray(R"({"acq":{"res":"4x2"},"\u0000":{"a":1}})");
+    }
+
+    void valuesWithoutAnOlderPlaceTakeNothingFromAnEmptyKey()
+    {
+        QFETCH(const QByteArray, json);
+        const auto file = opened(usual(json, {}));
+        QVERIFY(!file->firstFrValue()->variant().isValid());
+        QVERIFY(!file->corrModeValue()->variant().isValid());
+        QCOMPARE(file->imgAdjModel()->gain()->variant(), QVariant(1.0));
     }
 
     void fileOpensToAllFramesAndStandsOnTheFirst()
