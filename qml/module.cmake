@@ -52,7 +52,7 @@ endforeach()
 # The registration includes the headers of the types by their bare names.
 target_include_directories(vesk-core PRIVATE
   ${PROJECT_SOURCE_DIR}/app ${PROJECT_SOURCE_DIR}/camera ${PROJECT_SOURCE_DIR}/take ${PROJECT_SOURCE_DIR}/image
-  ${PROJECT_SOURCE_DIR}/save)
+  ${PROJECT_SOURCE_DIR}/save ${PROJECT_SOURCE_DIR}/file)
 
 # The root document, which lies outside of the module: qrc:/main.qml.
 set_source_files_properties(${CMAKE_CURRENT_LIST_DIR}/main.qml PROPERTIES QT_RESOURCE_ALIAS main.qml)

@@ -1,12 +1,26 @@
 #include "save/save_manager.h"
 
 #include "app/qml_object_list_model.h"
+#include "file/vesk_file.h"
+#include "file/vesk_file_save_job.h"
+#include "save/img_file_save_job.h"
 #include "save/save_job_queue.h"
 #include "take/frame_geometry.h"
 #include "take/playback_vesk_object.h"
 #include "take/take.h"
 
 #include <QDebug>
+
+#include <optional>
+
+static std::optional<SaveSource> saveSource(PlaybackVeskObject *source)
+{
+    if (auto *take = qobject_cast<Take *>(source))
+        return SaveSource(take);
+    if (auto *file = qobject_cast<VeskFile *>(source))
+        return SaveSource(file);
+    return {};
+}
 
 SaveManager::SaveManager(QObject *parent)
     : QObject(parent), m_saveJobs(new QQmlObjectListModel<SaveJob>(this))
@@ -23,14 +37,25 @@ SaveJob *SaveManager::createSaveJob(PlaybackVeskObject *source, qlonglong startF
                                     SaveDest dest, Util::Format format, Util::Codec codec, double frameRate,
                                     int quality, const QString &fileName, const QString &folderPath)
 {
-    const FileNameTemplate name(folderPath, fileName, format, startFr);
-    SaveJob *job = nullptr;
-    Q_UNUSED(source)
-    Q_UNUSED(frCnt)
-    Q_UNUSED(dest)
     Q_UNUSED(codec)
     Q_UNUSED(frameRate)
     Q_UNUSED(quality)
+    const FileNameTemplate name(folderPath, fileName, format, startFr);
+    const std::optional<SaveSource> from = saveSource(source);
+    SaveJob *job = nullptr;
+    if (!from || dest != FileDest)
+        return nullptr;
+    if (format == Util::FormatVesk)
+        job = new VeskFileSaveJob(*from, startFr, frCnt, name, this);
+    else if (format == Util::FormatTiff)
+        job = new ImgFileSaveJob(*from, startFr, frCnt, format, name, this);
+    else
+        return nullptr;
+    m_saveJobs->append(job);
+    if (job->queue())
+        job->queue()->enqueue(job);
+    else
+        job->start();
     return job;
 }
 

@@ -1,6 +1,7 @@
 #include "save/save_source.h"
 
 #include "camera/camera.h"
+#include "file/vesk_file.h"
 #include "take/abstract_take.h"
 
 SaveSource::SaveSource(AbstractTake *take)
@@ -8,3 +9,5 @@ SaveSource::SaveSource(AbstractTake *take)
       cameraName(take->camera()->nameValue()->variant().toString()), takeId(take->takeId())
 {
 }
+
+SaveSource::SaveSource(VeskFile *file) : object(file), fileName(file->fileName()) {}

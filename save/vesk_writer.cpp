@@ -56,6 +56,7 @@ void VeskWriter::endThread()
     m_thread.disconnect();
     if (m_worker)
         m_worker->disconnect();
+    m_thread.requestInterruption();
     m_thread.quit();
     m_thread.wait(QDeadlineTimer(QDeadlineTimer::Forever));
     m_worker.reset();

@@ -20,7 +20,7 @@ public slots:
     /**
      * Writes dataFrameCnt frame records that stand back to back in data. framesRead counts these and all
      * before them; with framesRemaining 0 they are the last. Tells framesWritten once they are written, and
-     * finished behind the last ones or at a failure.
+     * finished behind the last ones or at a failure, behind which no more is written.
      */
     virtual void writeFrames(QByteArray data, qlonglong dataFrameCnt, qlonglong framesRead,
                              qlonglong framesRemaining) = 0;
@@ -28,4 +28,13 @@ public slots:
 signals:
     void framesWritten(qlonglong framesWritten);
     void finished(SaveJob::FinishState state, QString error = QString());
+
+protected:
+    /** Ends the writing. */
+    void failWriting();
+    /** The writing has ended: what still comes in is dropped. */
+    bool hasEnded() const;
+
+private:
+    bool m_failed = false;
 };

@@ -143,15 +143,18 @@ private slots:
     void imagesAreUncompressedOfEightBitsAndThreeChannels()
     {
         QVERIFY(openTake(0));
-        SaveJob *job = save(0, 1);
+        SaveJob *job = save(0, 3);
         QTRY_COMPARE(job->state(), SaveJob::Done);
         QProcess info;
-        info.start(u"tiffinfo"_s, {m_fixture->path(u"shot_0.tiff"_s)});
+        info.start(u"tiffinfo"_s, {m_fixture->path(u"shot_2.tiff"_s)});
         QVERIFY(info.waitForFinished());
         const QString told = QString::fromUtf8(info.readAllStandardOutput());
         for (const char *line : {"Image Width: 160 Image Length: 96", "Bits/Sample: 8", "Samples/Pixel: 3",
                                  "Compression Scheme: None", "Photometric Interpretation: RGB color"})
             QVERIFY2(told.contains(QLatin1StringView(line)), qPrintable(told));
+        QCOMPARE(told.count(u"TIFF Directory"_s), 1);
+        for (const QString &file : m_fixture->files())
+            QVERIFY(QFileInfo(m_fixture->path(file)).size() < 160 * 96 * 3 + 512);
     }
 
     void nameWithoutANumberGetsOneOfAsManyDigitsAsTheCount_data()
@@ -245,6 +248,19 @@ private slots:
         QCOMPARE(job->state(), SaveJob::Cancelled);
         QVERIFY(m_fixture->files().size() > 3);
         QCOMPARE(ForeignTiff::read(m_fixture->path(u"shot_000.tiff"_s)).width, 160);
+    }
+
+    void cancelDropsTheChunksThatWait()
+    {
+        QVERIFY(openTake(1));
+        SaveJob *job = save(-20, 320);
+        QTRY_VERIFY(!m_fixture->files().isEmpty());
+        job->cancel();
+        QCOMPARE(job->state(), SaveJob::Cancelled);
+        // At most the chunk that was being written, of 2 MiB and a frame, and one that ended before.
+        QVERIFY2(m_fixture->files().size() < 320, qPrintable(QString::number(m_fixture->files().size())));
+        for (const QString &file : {m_fixture->files().first(), m_fixture->files().last()})
+            QCOMPARE(ForeignTiff::read(m_fixture->path(file)).rgb.size(), 160 * 96 * 3);
     }
 
     void openOfADoneSaveShowsItsFolder()
