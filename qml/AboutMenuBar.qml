@@ -18,5 +18,6 @@ VeskMenuBar {
         MenuSeparator {}
         ExitMenuItem {}
     }
+    ViewMenu {}
     HelpMenu {}
 }

@@ -28,5 +28,6 @@ VeskMenuBar {
         MenuSeparator {}
         ExitMenuItem {}
     }
+    ViewMenu {}
     HelpMenu {}
 }

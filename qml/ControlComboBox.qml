@@ -1,45 +1,10 @@
 pragma ComponentBehavior: Bound
 
-import QtQuick
-import QtQuick.Controls
 import Vesk
 
-/** A choice in the value column; gives up focus when it is made. */
-ComboBox {
-    id: root
-
+/** A choice in the value column. */
+PlainComboBox {
     anchors.centerIn: parent
     width: parent ? parent.width - 10 : 0
     height: parent?.height ?? 0
-    onActivated: root.focus = false
-
-    // Closed without a choice.
-    Connections {
-        target: root.popup
-
-        function onClosed() {
-            root.focus = false;
-        }
-    }
-
-    // Plain text: the style's text field would be read aloud as one more control, without a name.
-    contentItem: Text {
-        leftPadding: 4 - root.padding
-        text: root.displayText
-        font: root.font
-        color: root.enabled ? root.palette.buttonText : Theme.disabledTextColor
-        verticalAlignment: Text.AlignVCenter
-        elide: Text.ElideRight
-        Accessible.ignored: true
-    }
-    delegate: MenuItem {
-        required property int index
-
-        width: ListView.view?.width ?? root.width
-        text: root.textAt(index)
-        font.weight: root.currentIndex === index ? Font.DemiBold : Font.Normal
-        highlighted: root.highlightedIndex === index
-        hoverEnabled: root.hoverEnabled
-        Accessible.name: text
-    }
 }

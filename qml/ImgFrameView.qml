@@ -12,6 +12,7 @@ Rectangle {
     readonly property ImgFrame imgFrame: source?.imgFrame ?? null
     readonly property Camera camera: source as Camera ?? (source as AbstractTake)?.camera ?? null
     readonly property bool brefInProgress: ((camera?.brefState.value ?? 0) & Camera.BrefInProgress) !== 0
+    readonly property SaveJob activeSaveJob: camera?.fileSaveJobQueue?.activeSaveJob ?? null
 
     color: Theme.palette.base
     Keys.forwardTo: [frame]
@@ -81,8 +82,20 @@ Rectangle {
     }
     Loader {
         anchors.centerIn: parent
-        active: root.brefInProgress
-        sourceComponent: BrefBanner {}
+        active: root.brefInProgress || root.activeSaveJob !== null
+        sourceComponent: root.brefInProgress ? brefBanner : saveBanner
+    }
+    Component {
+        id: brefBanner
+
+        BrefBanner {}
+    }
+    Component {
+        id: saveBanner
+
+        SaveBanner {
+            job: root.activeSaveJob
+        }
     }
     Menu {
         id: zoomMenu

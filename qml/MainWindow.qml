@@ -10,9 +10,11 @@ ApplicationWindow {
     id: root
 
     readonly property VeskObject selected: App.instance.selectedVeskObject
+    readonly property int backgroundView: App.instance.backgroundView
     /** The source of the view shown. It outlives the selection, so that a view on its way out still has it. */
     property Camera shownCamera
     property Take shownTake
+    property PlaybackVeskObject shownPlayback
 
     function showSelected() {
         menuArea.sourceComponent = undefined;
@@ -20,8 +22,10 @@ ApplicationWindow {
         // A question about the source that goes is not to be answered for the one that comes.
         takesDeleteAll.active = false;
         takeDeletion.drop();
+        saveDialog.active = false;
         root.shownCamera = root.selected as Camera ?? root.shownCamera;
         root.shownTake = root.selected as Take ?? root.shownTake;
+        root.shownPlayback = root.selected as PlaybackVeskObject ?? root.shownPlayback;
         switch (root.selected?.type) {
         case VeskObject.CameraType:
             menuArea.sourceComponent = cameraMenuBar;
@@ -33,7 +37,7 @@ ApplicationWindow {
             break;
         default:
             menuArea.sourceComponent = aboutMenuBar;
-            mainArea.sourceComponent = aboutView;
+            mainArea.sourceComponent = root.backgroundView === VeskApp.SaveProgress ? saveProgressView : aboutView;
         }
     }
 
@@ -72,6 +76,10 @@ ApplicationWindow {
         root.showSelected();
     }
     onSelectedChanged: root.showSelected()
+    onBackgroundViewChanged: {
+        if (!root.selected)
+            root.showSelected();
+    }
     onClosing: root.storeGeometry()
 
     RowLayout {
@@ -106,6 +114,11 @@ ApplicationWindow {
         }
     }
 
+    SaveDialogLoader {
+        id: saveDialog
+
+        source: root.shownPlayback
+    }
     TakeDeletion {
         id: takeDeletion
 
@@ -116,6 +129,11 @@ ApplicationWindow {
         id: aboutView
 
         AboutView {}
+    }
+    Component {
+        id: saveProgressView
+
+        SaveProgressView {}
     }
     Component {
         id: cameraView
@@ -152,6 +170,7 @@ ApplicationWindow {
 
         TakeMenuBar {
             connectDialog: cameraConnect
+            saveDialog: saveDialog
             deletion: takeDeletion
         }
     }

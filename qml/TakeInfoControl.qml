@@ -35,6 +35,9 @@ ControlGrid {
             onClicked: deletion.start()
         }
     }
+    SaveButton {
+        source: root.take
+    }
     TakeDeletion {
         id: deletion
 

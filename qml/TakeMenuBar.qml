@@ -8,6 +8,7 @@ VeskMenuBar {
     id: root
 
     required property DialogLoader connectDialog
+    required property SaveDialogLoader saveDialog
     required property TakeDeletion deletion
 
     Menu {
@@ -17,11 +18,15 @@ VeskMenuBar {
             connectDialog: root.connectDialog
         }
         MenuSeparator {}
+        SaveMenuItem {
+            dialog: root.saveDialog
+        }
         TakeDeleteMenuItem {
             deletion: root.deletion
         }
         MenuSeparator {}
         ExitMenuItem {}
     }
+    ViewMenu {}
     HelpMenu {}
 }

@@ -41,9 +41,17 @@ TabBox {
 
         width: Theme.contextMenuWidth
 
+        SaveMenuItem {
+            dialog: saveDialog
+        }
         TakeDeleteMenuItem {
             deletion: deletion
         }
+    }
+    SaveDialogLoader {
+        id: saveDialog
+
+        source: root.take
     }
     TakeDeletion {
         id: deletion

@@ -34,18 +34,12 @@ FocusScope {
             spacing: 10
             uniformCellSizes: true
 
-            VeskButton {
+            TabBarButton {
                 id: addButton
 
-                Layout.fillWidth: true
-                Layout.fillHeight: true
                 text: "\uEA12"
-                font.family: Theme.iconFont
-                font.pixelSize: 18
-                Accessible.name: qsTr("Add source")
-                ToolTip.visible: hovered && !addMenu.visible
-                ToolTip.delay: Application.styleHints.mousePressAndHoldInterval
-                ToolTip.text: qsTr("Add source")
+                name: qsTr("Add source")
+                tipWanted: hovered && !addMenu.visible
                 onClicked: addMenu.popup(addButton, 0, addButton.height)
 
                 Menu {
@@ -57,6 +51,11 @@ FocusScope {
                         connectDialog: root.connectDialog
                     }
                 }
+            }
+            TabBarButton {
+                text: "\uEC54"
+                name: qsTr("Save progress")
+                onClicked: App.instance.setNullVeskObject(VeskApp.SaveProgress)
             }
         }
         ListView {

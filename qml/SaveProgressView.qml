@@ -1,0 +1,55 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import QtQuick.Controls
+import Vesk
+
+/** The list of all saves, those that have ended among them, until the operator removes them. */
+FocusScope {
+    id: root
+
+    /** Widths in pixels, the rule at the right end of a column included. */
+    readonly property SaveColumns columns: SaveColumns {}
+
+    Rectangle {
+        anchors.centerIn: parent
+        width: parent.width - 25
+        height: parent.height - 25
+        radius: 2
+        color: Theme.palette.base
+        border.color: Qt.darker(Theme.palette.window, 1.4)
+
+        ListView {
+            id: list
+
+            anchors.fill: parent
+            anchors.margins: 1
+            clip: true
+            focus: true
+            boundsBehavior: Flickable.StopAtBounds
+            flickDeceleration: Theme.flickDeceleration
+            flickableDirection: Flickable.AutoFlickIfNeeded
+            contentWidth: Math.max(width, root.columns.sum)
+            headerPositioning: ListView.OverlayHeader
+            header: SaveProgressHeader {
+                width: list.contentWidth
+                columns: root.columns
+            }
+            model: App.instance.saveManager.saveJobs
+            ScrollBar.vertical: ScrollBar {}
+            Accessible.role: Accessible.Table
+            Accessible.name: qsTr("Saves")
+
+            delegate: SaveProgressRow {
+                required property SaveJob qtObject
+
+                width: list.contentWidth
+                columns: root.columns
+                job: qtObject
+            }
+        }
+        FocusFollower {
+            flickable: list
+        }
+    }
+}
