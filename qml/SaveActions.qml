@@ -23,30 +23,27 @@ Item {
         }
     }
 
-    Row {
-        anchors.centerIn: parent
+    // Each in a place of its own, so that the one stays where it is when the other comes.
+    IconButton {
+        x: 10
+        width: 18
         height: parent.height
-        spacing: 8
-
-        IconButton {
-            width: 18
-            height: parent.height
-            iconText: "\uF012"
-            iconSize: 18
-            hoverSize: 22
-            name: qsTr("Open")
-            visible: root.jobState === SaveJob.Done && root.job.fileName !== ""
-            onClicked: root.job.open()
-        }
-        IconButton {
-            width: 18
-            height: parent.height
-            iconText: "\uEB98"
-            iconSize: 18
-            hoverSize: 22
-            name: root.saving ? qsTr("Cancel") : qsTr("Remove")
-            visible: !root.saving || root.job.dest !== SaveJob.SsdDest
-            onClicked: root.close()
-        }
+        iconText: "\uF012"
+        iconSize: 18
+        hoverSize: 22
+        name: qsTr("Open")
+        visible: root.jobState === SaveJob.Done && root.job.fileName !== ""
+        onClicked: root.job.open()
+    }
+    IconButton {
+        x: 36
+        width: 18
+        height: parent.height
+        iconText: "\uEB98"
+        iconSize: 18
+        hoverSize: 22
+        name: root.saving ? qsTr("Cancel") : qsTr("Remove")
+        visible: !root.saving || root.job.dest !== SaveJob.SsdDest
+        onClicked: root.close()
     }
 }

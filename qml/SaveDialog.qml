@@ -16,7 +16,7 @@ DialogWindow {
 
     function save() {
         // What is being typed counts.
-        root.contentItem.forceActiveFocus();
+        flickable.forceActiveFocus();
         if (!root.savable)
             return;
         App.instance.saveManager.createSaveJob(root.source, range.startFr, range.frCnt, target.dest, target.format,

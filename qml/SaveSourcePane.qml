@@ -83,6 +83,7 @@ SaveForm {
         RadioButton {
             id: allFrames
 
+            leftPadding: 0
             text: qsTr("All frames")
             Accessible.name: text
             onClicked: root.choose()
