@@ -7,13 +7,16 @@ import Vesk
 VeskMenuBar {
     id: root
 
-    required property DialogLoader connectDialog
+    required property SourceDialogs dialogs
 
     Menu {
         title: qsTr("&File")
 
         CameraConnectMenuItem {
-            connectDialog: root.connectDialog
+            dialogs: root.dialogs
+        }
+        VeskFileOpenMenuItem {
+            dialogs: root.dialogs
         }
         MenuSeparator {}
         ExitMenuItem {}

@@ -5,9 +5,9 @@ import Vesk
 IconMenuItem {
     id: root
 
-    required property DialogLoader connectDialog
+    required property SourceDialogs dialogs
 
     text: qsTr("Connect Camera...")
     iconText: "\uF288"
-    onTriggered: root.connectDialog.open()
+    onTriggered: root.dialogs.cameraConnect.open()
 }

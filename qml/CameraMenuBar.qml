@@ -8,14 +8,17 @@ VeskMenuBar {
     id: root
 
     required property Camera camera
-    required property DialogLoader connectDialog
+    required property SourceDialogs dialogs
     required property DialogLoader deleteAllDialog
 
     Menu {
         title: qsTr("&File")
 
         CameraConnectMenuItem {
-            connectDialog: root.connectDialog
+            dialogs: root.dialogs
+        }
+        VeskFileOpenMenuItem {
+            dialogs: root.dialogs
         }
         MenuSeparator {}
         TakesDeleteAllMenuItem {

@@ -30,49 +30,18 @@ Item {
         running: root.triggered
         onTriggered: root.blinkOn = !root.blinkOn
     }
-    TabBox {
+    SourceTabBox {
         id: box
 
-        anchors.horizontalCenter: parent.horizontalCenter
-        width: root.width - 16
-        height: 50
-        name: nameLabel.text || (root.camera?.ipString ?? "")
+        iconText: "\uF288"
+        iconColor: root.recording || (root.triggered && root.blinkOn) ? "red" : "white"
+        label: root.camera?.name.value ?? ""
+        name: label || (root.camera?.ipString ?? "")
+        statusRow: root.saving ? ssdRow : null
         selected: root.selected
         menu: menu
         onChosen: App.instance.selectedVeskObject = root.camera
 
-        Icon {
-            id: icon
-
-            width: box.height
-            height: box.height
-            text: "\uF288"
-            font.pixelSize: 24
-            color: root.recording || (root.triggered && root.blinkOn) ? "red" : "white"
-        }
-        Column {
-            anchors.left: icon.right
-            anchors.right: parent.right
-            anchors.rightMargin: 8
-            anchors.verticalCenter: parent.verticalCenter
-            spacing: 2
-
-            ElidedLabel {
-                id: nameLabel
-
-                width: parent.width
-                text: root.camera?.name.value ?? ""
-                color: "white"
-                Accessible.ignored: true
-            }
-            Loader {
-                active: root.saving
-                visible: active
-                sourceComponent: CameraTabSsdRow {
-                    percent: root.camera?.ssdProgress.value ?? 0
-                }
-            }
-        }
         Menu {
             id: menu
 
@@ -108,6 +77,13 @@ Item {
                 width: takes.width
                 take: qtObject
             }
+        }
+    }
+    Component {
+        id: ssdRow
+
+        CameraTabSsdRow {
+            percent: root.camera?.ssdProgress.value ?? 0
         }
     }
     DialogLoader {

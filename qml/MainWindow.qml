@@ -14,6 +14,7 @@ ApplicationWindow {
     /** The source of the view shown. It outlives the selection, so that a view on its way out still has it. */
     property Camera shownCamera
     property Take shownTake
+    property VeskFile shownVeskFile
     property PlaybackVeskObject shownPlayback
 
     function showSelected() {
@@ -25,6 +26,7 @@ ApplicationWindow {
         saveDialog.active = false;
         root.shownCamera = root.selected as Camera ?? root.shownCamera;
         root.shownTake = root.selected as Take ?? root.shownTake;
+        root.shownVeskFile = root.selected as VeskFile ?? root.shownVeskFile;
         root.shownPlayback = root.selected as PlaybackVeskObject ?? root.shownPlayback;
         switch (root.selected?.type) {
         case VeskObject.CameraType:
@@ -34,6 +36,10 @@ ApplicationWindow {
         case VeskObject.TakeType:
             menuArea.sourceComponent = takeMenuBar;
             mainArea.sourceComponent = takeView;
+            break;
+        case VeskObject.VeskFileType:
+            menuArea.sourceComponent = veskFileMenuBar;
+            mainArea.sourceComponent = veskFileView;
             break;
         default:
             menuArea.sourceComponent = aboutMenuBar;
@@ -97,14 +103,12 @@ ApplicationWindow {
         VeskTabBar {
             Layout.preferredWidth: 240
             Layout.fillHeight: true
-            connectDialog: cameraConnect
+            dialogs: sourceDialogs
         }
     }
 
-    DialogLoader {
-        id: cameraConnect
-
-        sourceComponent: CameraConnectDialog {}
+    SourceDialogs {
+        id: sourceDialogs
     }
     DialogLoader {
         id: takesDeleteAll
@@ -150,10 +154,17 @@ ApplicationWindow {
         }
     }
     Component {
+        id: veskFileView
+
+        VeskFileView {
+            veskFile: root.shownVeskFile
+        }
+    }
+    Component {
         id: aboutMenuBar
 
         AboutMenuBar {
-            connectDialog: cameraConnect
+            dialogs: sourceDialogs
         }
     }
     Component {
@@ -161,7 +172,7 @@ ApplicationWindow {
 
         CameraMenuBar {
             camera: root.shownCamera
-            connectDialog: cameraConnect
+            dialogs: sourceDialogs
             deleteAllDialog: takesDeleteAll
         }
     }
@@ -169,9 +180,18 @@ ApplicationWindow {
         id: takeMenuBar
 
         TakeMenuBar {
-            connectDialog: cameraConnect
+            dialogs: sourceDialogs
             saveDialog: saveDialog
             deletion: takeDeletion
+        }
+    }
+    Component {
+        id: veskFileMenuBar
+
+        VeskFileMenuBar {
+            veskFile: root.shownVeskFile
+            dialogs: sourceDialogs
+            saveDialog: saveDialog
         }
     }
 }

@@ -7,7 +7,7 @@ import Vesk
 VeskMenuBar {
     id: root
 
-    required property DialogLoader connectDialog
+    required property SourceDialogs dialogs
     required property SaveDialogLoader saveDialog
     required property TakeDeletion deletion
 
@@ -15,7 +15,10 @@ VeskMenuBar {
         title: qsTr("&File")
 
         CameraConnectMenuItem {
-            connectDialog: root.connectDialog
+            dialogs: root.dialogs
+        }
+        VeskFileOpenMenuItem {
+            dialogs: root.dialogs
         }
         MenuSeparator {}
         SaveMenuItem {

@@ -3,13 +3,14 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import QtQuick.Controls
 import QtQuick.Layouts
+import Qt.labs.qmlmodels
 import Vesk
 
 /** The open sources, one tab each, under the button that adds one. */
 FocusScope {
     id: root
 
-    required property DialogLoader connectDialog
+    required property SourceDialogs dialogs
 
     Rectangle {
         id: rule
@@ -48,7 +49,10 @@ FocusScope {
                     width: Theme.contextMenuWidth
 
                     CameraConnectMenuItem {
-                        connectDialog: root.connectDialog
+                        dialogs: root.dialogs
+                    }
+                    VeskFileOpenMenuItem {
+                        dialogs: root.dialogs
                     }
                 }
             }
@@ -74,11 +78,29 @@ FocusScope {
             Accessible.role: Accessible.PageTabList
             Accessible.name: qsTr("Sources")
 
-            delegate: CameraTab {
-                required property VeskObject qtObject
+            delegate: DelegateChooser {
+                role: "type"
 
-                width: ListView.view?.width ?? 0
-                camera: qtObject as Camera
+                DelegateChoice {
+                    roleValue: VeskObject.CameraType
+
+                    CameraTab {
+                        required property VeskObject qtObject
+
+                        width: ListView.view?.width ?? 0
+                        camera: qtObject as Camera
+                    }
+                }
+                DelegateChoice {
+                    roleValue: VeskObject.VeskFileType
+
+                    VeskFileTab {
+                        required property VeskObject qtObject
+
+                        width: ListView.view?.width ?? 0
+                        veskFile: qtObject as VeskFile
+                    }
+                }
             }
         }
         FocusFollower {

@@ -1,8 +1,7 @@
 #pragma once
 
+#include "tests/qml/playback_in_hand.h"
 #include "tests/qml/take_fixture.h"
-
-#include <QPoint>
 
 /** A take that somebody has in hand in one of many ways, for tests that take it away. */
 class TakeInHand : public TakeFixture
@@ -10,21 +9,14 @@ class TakeInHand : public TakeFixture
     Q_OBJECT
 
 public:
+    /** Beside those of every recorded source. */
     enum Use {
-        Plays,
-        PlaysSlowly,
+        PlaysSlowly = PlaybackInHand::UseCount,
         IsSearched,
-        PlayHeadDragged,
-        MarkerDragged,
         TabMenuOpen,
-        SkipMenuOpen,
-        ResetMenuOpen,
-        ZoomMenuOpen,
         FileMenuOpen,
         ListOpen,
-        QuestionOpen,
-        NumberTyped,
-        SliderDragged
+        QuestionOpen
     };
 
     /** Column "what" with a row for each use. */
@@ -34,8 +26,5 @@ public:
     Take *start();
     bool use(int what) const;
     /** Lets the mouse and the keys go, as the user's hand would. */
-    void letGo() const;
-
-private:
-    QPoint onScrubber(double position) const;
+    void letGo() const { PlaybackInHand::letGo(*this); }
 };

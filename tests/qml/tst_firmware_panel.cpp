@@ -36,8 +36,6 @@ private:
     QQuickWindow *openDialog();
     QString rowIn(QQuickWindow *dialog, const QString &label) const;
     QString file(const QString &name, const QByteArray &content);
-    QQuickWindow *drawnWindow(QQuickWindow *dialog) const;
-    bool clickInDrawn(QQuickWindow *dialog, const QString &text);
     bool pickFile(QQuickWindow *dialog, const QString &path);
 
     ViewFixture m_view;
@@ -86,46 +84,6 @@ static QObject *fileDialogOf(QQuickWindow *dialog)
     return nullptr;
 }
 
-static QQuickItem *itemThatSays(QQuickItem *parent, const QString &text)
-{
-    const QList<QQuickItem *> children = parent->childItems();
-    for (QQuickItem *child : children) {
-        if (!child->isVisible())
-            continue;
-        if (child->property("text").toString() == text && child->width() > 0)
-            return child;
-        if (QQuickItem *found = itemThatSays(child, text))
-            return found;
-    }
-    return nullptr;
-}
-
-/** The window of the drawn dialog for files, null while there is none. */
-QQuickWindow *TestFirmwarePanel::drawnWindow(QQuickWindow *dialog) const
-{
-    const QWindowList windows = QGuiApplication::topLevelWindows();
-    for (QWindow *window : windows) {
-        if (window->isVisible() && window != m_view.window() && window != dialog)
-            return qobject_cast<QQuickWindow *>(window);
-    }
-    return nullptr;
-}
-
-bool TestFirmwarePanel::clickInDrawn(QQuickWindow *dialog, const QString &text)
-{
-    QQuickItem *item = nullptr;
-    const auto isShown = [&] {
-        QQuickWindow *drawn = drawnWindow(dialog);
-        return drawn && (item = itemThatSays(drawn->contentItem(), text)) != nullptr;
-    };
-    if (!QTest::qWaitFor(isShown))
-        return false;
-    ViewFixture::settle(item->window());
-    const QPointF centre = item->mapToScene({item->width() / 2, item->height() / 2});
-    QTest::mouseClick(item->window(), Qt::LeftButton, {}, centre.toPoint());
-    return true;
-}
-
 /** Picks a file of the test's folder by hand. */
 bool TestFirmwarePanel::pickFile(QQuickWindow *dialog, const QString &path)
 {
@@ -133,8 +91,9 @@ bool TestFirmwarePanel::pickFile(QQuickWindow *dialog, const QString &path)
     if (!files || !files->setProperty("currentFolder", QUrl::fromLocalFile(m_folder.path())) ||
         !ViewFixture::click(dialog, u"Open Q4FW File"_s))
         return false;
-    return clickInDrawn(dialog, QFileInfo(path).fileName()) && clickInDrawn(dialog, u"Open"_s) &&
-           QTest::qWaitFor([&] { return drawnWindow(dialog) == nullptr; });
+    return m_view.clickInDrawn(QFileInfo(path).fileName(), dialog) &&
+           m_view.clickInDrawn(u"Open"_s, dialog) &&
+           QTest::qWaitFor([&] { return m_view.drawnDialog(dialog) == nullptr; });
 }
 
 void TestFirmwarePanel::pickedVideoFormatIsTakenByTheCamera()
@@ -287,10 +246,10 @@ void TestFirmwarePanel::fileDialogHasRoomOfItsOwn()
     QCOMPARE(files->property("nameFilters").toStringList(), QStringList{u"Q4FW files (*.q4fw)"_s});
     QVERIFY(ViewFixture::click(dialog, u"Open Q4FW File"_s));
     QTRY_VERIFY(files->property("visible").toBool());
-    QTRY_VERIFY(drawnWindow(dialog));
-    QVERIFY(drawnWindow(dialog)->width() > 480);
-    QVERIFY(drawnWindow(dialog)->height() > 160);
-    QVERIFY(clickInDrawn(dialog, u"Cancel"_s));
+    QTRY_VERIFY(m_view.drawnDialog(dialog));
+    QVERIFY(m_view.drawnDialog(dialog)->width() > 480);
+    QVERIFY(m_view.drawnDialog(dialog)->height() > 160);
+    QVERIFY(m_view.clickInDrawn(u"Cancel"_s, dialog));
     QTRY_VERIFY(!files->property("visible").toBool());
     QCOMPARE(rowIn(dialog, u"Q4FW File"_s), QString());
 }

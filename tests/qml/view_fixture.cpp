@@ -2,6 +2,7 @@
 
 #include "app/vesk_app.h"
 #include "camera/camera.h"
+#include "file/vesk_file.h"
 #include "sim/camera.h"
 
 #include <QElapsedTimer>
@@ -76,6 +77,8 @@ void ViewFixture::close()
     for (VeskObject *source : sources) {
         if (auto *camera = qobject_cast<Camera *>(source))
             camera->disconnectCamera();
+        else if (auto *file = qobject_cast<VeskFile *>(source))
+            file->close();
     }
     // What goes may leave what it holds to be deleted, too; nothing may outlive the engine.
     for (int i = 0; i < 4; ++i)
@@ -358,91 +361,4 @@ bool ViewFixture::drag(const QString &section, const QString &label, double from
     QTest::mouseMove(window(), pointAt(to));
     QTest::mouseRelease(window(), Qt::LeftButton, {}, pointAt(to));
     return true;
-}
-
-QPoint ViewFixture::centre(QWindow *window, QAccessibleInterface *element)
-{
-    return window->mapFromGlobal(element->rect().center());
-}
-
-void ViewFixture::settle(QWindow *window)
-{
-    auto *quickWindow = qobject_cast<QQuickWindow *>(window);
-    QSignalSpy swapped(quickWindow, &QQuickWindow::frameSwapped);
-    quickWindow->update();
-    swapped.wait();
-}
-
-/** Scrolls the element to where it can be seen, as the user would with the wheel. */
-void ViewFixture::reveal(QAccessibleInterface *element)
-{
-    auto *item = qobject_cast<QQuickItem *>(element->object());
-    for (QQuickItem *view = item; view; view = view->parentItem()) {
-        if (!view->inherits("QQuickFlickable"))
-            continue;
-        auto *content = view->property("contentItem").value<QQuickItem *>();
-        const QRectF place = item->mapRectToItem(content, QRectF({}, item->size()));
-        const qreal top = view->property("contentY").toReal();
-        if (place.top() < top || place.bottom() > top + view->height())
-            view->setProperty("contentY", std::max(0.0, place.center().y() - view->height() / 2));
-    }
-}
-
-bool ViewFixture::click(QWindow *window, QAccessibleInterface *target, Qt::MouseButton button)
-{
-    settle(window);
-    reveal(target);
-    settle(window);
-    // A list that opens moves its entries until it has its place.
-    QPoint point = centre(window, target);
-    for (int frame = 0; frame < 20; ++frame) {
-        settle(window);
-        const QPoint now = centre(window, target);
-        if (std::exchange(point, now) == now)
-            break;
-    }
-    if (!QRect({}, window->size()).contains(point))
-        return false;
-    QTest::mouseMove(window, point);
-    QTest::mouseClick(window, button, {}, point);
-    return true;
-}
-
-bool ViewFixture::click(QWindow *window, const QString &name, Qt::MouseButton button)
-{
-    QAccessibleInterface *target = nullptr;
-    return QTest::qWaitFor([&] { return (target = element(window, name)) != nullptr; }) &&
-           click(window, target, button);
-}
-
-bool ViewFixture::click(const QString &name, Qt::MouseButton button) const
-{
-    return click(window(), name, button);
-}
-
-QQuickItem *ViewFixture::itemWithText(QQuickItem *parent, const QString &text)
-{
-    const QList<QQuickItem *> children = parent->childItems();
-    for (QQuickItem *child : children) {
-        if (!child->isVisible())
-            continue;
-        if (child->property("text").toString() == text && child->property("color").isValid())
-            return child;
-        if (QQuickItem *found = itemWithText(child, text))
-            return found;
-    }
-    return nullptr;
-}
-
-bool ViewFixture::showsTooltip(const QString &text) const
-{
-    const QList<QQuickItem *> layers = window()->contentItem()->childItems();
-    return std::any_of(layers.begin(), layers.end(), [&](QQuickItem *layer) {
-        return layer->inherits("QQuickOverlay") && itemWithText(layer, text);
-    });
-}
-
-QQuickItem *ViewFixture::itemWithText(const QString &text) const
-{
-    return itemWithText(window()->contentItem(), text);
 }

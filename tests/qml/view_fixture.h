@@ -111,6 +111,18 @@ public:
     QQuickItem *itemWithText(const QString &text) const;
     bool showsTooltip(const QString &text) const;
 
+    /** Waits until a menu that opens shows an entry. */
+    bool offers(const QString &entry) const;
+    /** The texts of the open menu that has an entry, in their order; "-" for a separator. */
+    QStringList menuWith(const QString &entry) const;
+
+    // Where no desktop offers a dialog for files, one is drawn in a window of its own. Another dialog that is
+    // open besides is not taken for it.
+    /** Its window, null while there is none. */
+    QQuickWindow *drawnDialog(const QWindow *besides = nullptr) const;
+    /** Waits until it shows a text, and clicks on that. */
+    bool clickInDrawn(const QString &text, const QWindow *besides = nullptr) const;
+
 private:
     void createEngine();
 

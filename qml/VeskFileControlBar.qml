@@ -1,0 +1,16 @@
+pragma ComponentBehavior: Bound
+
+import Vesk
+
+/** The sections of a native file. */
+PlaybackControlBar {
+    id: root
+
+    required property VeskFile veskFile
+
+    source: root.veskFile
+    label: qsTr("VESK File")
+    content: VeskFileInfoControl {
+        veskFile: root.veskFile
+    }
+}
