@@ -18,16 +18,20 @@ constexpr qsizetype headMax = 64 << 10;
 
 FaultSocket::FaultSocket(QObject *parent) : QTcpSocket(parent), m_timer(this), m_readTimer(this)
 {
-    connect(&m_timer, &QTimer::timeout, this, &FaultSocket::sendDrop);
+    connect(&m_timer, &QTimer::timeout, this, &FaultSocket::beginDrop);
     connect(&m_readTimer, &QTimer::timeout, this, &FaultSocket::readOn);
     // The first of all connections to the signal, and so called before the server takes the bytes away.
     connect(this, &QIODevice::readyRead, this, &FaultSocket::watchUpload);
 }
 
-void FaultSocket::drip(qint64 bytes, int ms)
+void FaultSocket::drip(qint64 bytes, int ms, qint64 bodySize)
 {
     m_mode = Mode::Drip;
     m_bytes = std::max<qint64>(bytes, 1);
+    m_bodyOfAnswer = bodySize;
+    m_toWrite = -1;
+    m_dropLeft = 0;
+    m_answerHead.clear();
     m_timer.start(std::max(ms, 1));
 }
 
@@ -53,15 +57,39 @@ qint64 FaultSocket::writeData(const char *data, qint64 size)
         m_held.append(data, size);
     if (m_mode == Mode::Close)
         sendStart();
+    if (m_mode == Mode::Drip) {
+        countAnswer(data, size);
+        sendDrop();
+    }
     return size;
+}
+
+/// The server makes a long answer bit by bit: that nothing is held does not mean that it is complete.
+void FaultSocket::countAnswer(const char *data, qint64 size)
+{
+    if (m_toWrite >= 0) {
+        m_toWrite = std::max<qint64>(m_toWrite - size, 0);
+        return;
+    }
+    m_answerHead.append(data, size);
+    const qsizetype end = m_answerHead.indexOf("\r\n\r\n");
+    if (end >= 0)
+        m_toWrite = std::max<qint64>(m_bodyOfAnswer - (m_answerHead.size() - end - 4), 0);
+}
+
+void FaultSocket::beginDrop()
+{
+    m_dropLeft = m_bytes;
+    sendDrop();
 }
 
 void FaultSocket::sendDrop()
 {
-    const QByteArray drop = m_held.first(std::min<qint64>(m_bytes, m_held.size()));
+    const QByteArray drop = m_held.first(std::min<qint64>(m_dropLeft, m_held.size()));
     m_held.remove(0, drop.size());
+    m_dropLeft -= drop.size();
     QTcpSocket::writeData(drop.constData(), drop.size());
-    if (m_held.isEmpty()) {
+    if (m_held.isEmpty() && m_toWrite == 0) {
         m_timer.stop();
         m_mode = Mode::Plain;
     }

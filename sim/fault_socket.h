@@ -18,8 +18,8 @@ class FaultSocket : public QTcpSocket
 public:
     explicit FaultSocket(QObject *parent = nullptr);
 
-    /// From now on sends `bytes` bytes every `ms` milliseconds, until all that was written is sent.
-    void drip(qint64 bytes, int ms);
+    /// Sends the next answer, whose body has `bodySize` bytes, at `bytes` bytes every `ms` milliseconds.
+    void drip(qint64 bytes, int ms, qint64 bodySize);
 
     /// Sends the next answer's header and `bytes` bytes of its body, then closes.
     void closeAfter(qint64 bytes);
@@ -45,6 +45,8 @@ private:
     void watchUpload();
     bool findUpload(qint64 *fresh);
     void readOn();
+    void countAnswer(const char *data, qint64 size);
+    void beginDrop();
     void sendDrop();
     void sendStart();
 
@@ -52,7 +54,11 @@ private:
     Mode m_mode = Mode::Plain;
     QByteArray m_held;
     qint64 m_bytes = 0;
+    qint64 m_dropLeft = 0; ///< bytes that may still be sent before the next drop
     qint64 m_left = -1; ///< bytes until the connection closes; -1 while the answer's header is not complete
+    QByteArray m_answerHead; ///< of an answer that drips, until it is complete
+    qint64 m_bodyOfAnswer = 0;
+    qint64 m_toWrite = -1;   ///< bytes of its body that the server has yet to write; -1 as with m_left
     QTimer m_timer;
 
     QByteArray m_head;      ///< what has come in of a request, until it is known to be an upload or not

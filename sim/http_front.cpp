@@ -114,7 +114,7 @@ void HttpFront::armConnection(const Fault &fault, const Answer &answer, FaultSoc
         return;
     const qint64 size = bodySize(answer);
     if (fault.kind == FaultKind::Drip)
-        connection->drip(fault.bytes > 0 ? fault.bytes : 1000, fault.ms);
+        connection->drip(fault.bytes > 0 ? fault.bytes : 1000, fault.ms, size);
     else if (fault.kind == FaultKind::CloseMidBody)
         connection->closeAfter(fault.bytes > 0 ? std::min(fault.bytes, size) : size / 2);
     else if (fault.kind == FaultKind::Vanish && answer.run)

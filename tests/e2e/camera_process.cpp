@@ -100,6 +100,12 @@ bool CameraProcess::delayFrames(int ms)
     return m_client.post(u"/sim/fault"_s, body) == 200;
 }
 
+bool CameraProcess::dripFrames(int ms, int bytes)
+{
+    const QString body = QStringLiteral(R"({"on":"xfer","kind":"drip","ms":%1,"bytes":%2})");
+    return m_client.post(u"/sim/fault"_s, body.arg(ms).arg(bytes).toUtf8()) == 200;
+}
+
 bool CameraProcess::clearFaults()
 {
     return m_client.send("DELETE", u"/sim/fault"_s).status == 200;

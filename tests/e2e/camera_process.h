@@ -35,6 +35,8 @@ public:
     bool setFault(const QString &route, const QString &kind);
     /// Answers frames so much later.
     bool delayFrames(int ms);
+    /// Sends so many bytes of frames every `ms`, in transfers that begin from now on.
+    bool dripFrames(int ms, int bytes);
     bool clearFaults();
     /// An order as in sim/footage.h; the camera has that take at once.
     bool makeTake(const QByteArray &order);

@@ -10,6 +10,7 @@ bool Program::start(const QString &display)
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     for (const char *name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"})
         environment.insert(QString::fromLatin1(name), m_folder);
+    environment.insert(u"HOME"_s, m_folder);
     environment.insert(u"DISPLAY"_s, display);
     environment.insert(u"QT_QPA_PLATFORM"_s, u"xcb"_s);
     environment.insert(u"QT_FORCE_STDERR_LOGGING"_s, u"1"_s);
@@ -24,7 +25,7 @@ bool Program::start(const QString &display)
                            environment.value(u"ASAN_OPTIONS"_s) + u":strict_string_checks=0"_s);
     environment.remove(u"WAYLAND_DISPLAY"_s);
     m_process.setProcessEnvironment(environment);
-    if (!QDir().mkpath(workingFolder()))
+    if (!QDir().mkpath(workingFolder()) || !QDir().mkpath(documents()))
         return false;
     m_process.setWorkingDirectory(workingFolder());
     m_process.setProcessChannelMode(QProcess::MergedChannels);

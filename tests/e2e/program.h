@@ -12,6 +12,8 @@ public:
     bool start(const QString &display);
     /// Where choices of files begin; it is empty at first.
     QString workingFolder() const { return m_folder + QStringLiteral("/work"); }
+    /// Where saves go unless another folder is chosen.
+    QString documents() const { return m_folder + QStringLiteral("/Documents"); }
     void stop() { m_process.stop(); }
     bool running() const { return m_process.state() == QProcess::Running; }
 

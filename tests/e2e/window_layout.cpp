@@ -103,7 +103,8 @@ const std::vector<Section> takeSections = {
       {"Frame Sync Mode", 25},
       {"Black Ref Mode", 30},
       {"", 4},
-      {"Delete...", 30}}},
+      {"Delete...", 30},
+      {"Save...", 30}}},
     {"Camera", {{"Name", 25}, {"Serial", 25}, {"Model", 25}, {"Firmware Version", 25}}},
     {"Image Tools", toolRows},
     {"Image Adjustments", adjustmentRows},
@@ -113,9 +114,29 @@ const std::vector<Section> takeSections = {
      {{"Mount", 25}, {"Name", 25}, {"Focal Length", 25}, {"Focus Distance", 25}, {"F-stop", 25}}},
 };
 
+// And of a native file.
+const std::vector<Section> fileSections = {
+    {"VESK File",
+     {{"File Name", 25},
+      {"Resolution", 25},
+      {"Frame Rate", 25},
+      {"Exposure Time", 25},
+      {"Frame Sync Mode", 25},
+      {"Black Ref Mode", 25},
+      {"", 4},
+      {"Save...", 30}}},
+};
+
 const std::vector<Section> &sectionsOf(WindowLayout::Panel panel)
 {
-    return panel == WindowLayout::Panel::Take ? takeSections : cameraSections;
+    switch (panel) {
+    case WindowLayout::Panel::Take:
+        return takeSections;
+    case WindowLayout::Panel::File:
+        return fileSections;
+    default:
+        return cameraSections;
+    }
 }
 
 // The controls of playback: their height, and what lies in it from left to right.
@@ -229,7 +250,7 @@ QPoint WindowLayout::fileMenu() const
 QPoint WindowLayout::fileMenuItem(int index) const
 {
     // 20 for an item, 3 for a separator.
-    constexpr std::array offsets = {11, 34, 54, 77};
+    constexpr std::array offsets = {11, 31, 54, 74, 97};
     return {100, m_top + offsets.at(static_cast<size_t>(index))};
 }
 
@@ -268,7 +289,7 @@ QRect WindowLayout::mainArea() const
 
 QRect WindowLayout::pictureArea() const
 {
-    const int below = m_panel == Panel::Take ? playbackHeight : 0;
+    const int below = m_panel == Panel::Camera ? 0 : playbackHeight;
     return mainArea().adjusted(panelWidth + 50, 50, -50, -50 - below);
 }
 
@@ -296,6 +317,24 @@ QPoint WindowLayout::playButton(int index) const
 QPoint WindowLayout::stepButton(int index) const
 {
     return playButton(index) + QPoint(0, 25 + 20);
+}
+
+QRect WindowLayout::savesRow(int index) const
+{
+    // The box is 25 smaller than the area and has a border; a header of 28, rows of 48.
+    const QRect box = mainArea().adjusted(12, 12, -12, -12).adjusted(1, 1, -1, -1);
+    return {box.left(), box.top() + 28 + 48 * index, box.width(), 48};
+}
+
+QRect WindowLayout::savesOpenButton(int index) const
+{
+    const QRect row = savesRow(index);
+    return {row.left() + 72 + 240 + 200 + 200 + 240 + 10, row.center().y() - 12, 18, 24};
+}
+
+QRect WindowLayout::savesCloseButton(int index) const
+{
+    return savesOpenButton(index).translated(18 + 8, 0);
 }
 
 QPoint WindowLayout::onBar(double place) const

@@ -19,7 +19,7 @@ public:
     bool valid() const { return m_top > 0; }
 
     /// Which source is selected; from the start it is a camera.
-    enum class Panel { Camera, Take };
+    enum class Panel { Camera, Take, File };
     void setPanel(Panel panel) { m_panel = panel; }
 
     /// Tells that a section of the panel is folded; those of colours, lines and
@@ -43,7 +43,8 @@ public:
     static QPoint choice(const QRect &widget, int index);
 
     QPoint fileMenu() const;
-    /// Connect Camera, Delete All Takes, Disconnect, Exit.
+    /// Of a camera: Connect Camera, Open VESK File, Delete All Takes, Disconnect, Exit. Of others the third
+    /// and fourth are Save, and Delete or Close.
     QPoint fileMenuItem(int index) const;
 
     /// The first tab: its box, the icon in it, and the camera's name.
@@ -74,6 +75,11 @@ public:
     QRect frameRow() const;
     QPoint startHere() const { return frameRow().topLeft() + QPoint(9, 12); }
     QPoint endHere() const { return frameRow().topRight() + QPoint(-9, 12); }
+
+    /// A save in the list of saves, and its buttons.
+    QRect savesRow(int index) const;
+    QRect savesOpenButton(int index) const;
+    QRect savesCloseButton(int index) const;
 
 private:
     int panelTop() const { return m_top + 2; }

@@ -1,0 +1,57 @@
+#include "tests/e2e/save_dialog.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+// The three sections lie below each other; a row is 24 high and 10 from the next.
+constexpr QPoint nameField(300, 332);
+constexpr QPoint formatBox(175, 472);
+constexpr QPoint saveButton(122, 615);
+constexpr QPoint oneRow(0, 34);
+
+std::optional<Screen::Window> SaveDialog::window() const
+{
+    return m_session.screen.window(u"Save"_s, QSize(480, 640));
+}
+
+bool SaveDialog::open(QPoint button, bool ofFile)
+{
+    m_ofFile = ofFile;
+    m_session.click(button);
+    if (!QTest::qWaitFor([this] { return window().has_value(); }, 10000))
+        return false;
+    m_session.screen.focus(*window());
+    QTest::qWait(300); // until it is drawn
+    return true;
+}
+
+bool SaveDialog::click(QPoint place) const
+{
+    if (!window())
+        return false;
+    const QPoint at = m_session.screen.geometry(*window()).topLeft() + place;
+    return m_session.screen.input(u"mousemove %1 %2 sleep 0.1 click 1 sleep 0.2"_s.arg(at.x()).arg(at.y()));
+}
+
+bool SaveDialog::setName(const QString &name) const
+{
+    return click(m_ofFile ? nameField - oneRow : nameField) && m_session.screen.input(u"key ctrl+a"_s) && m_session.screen.type(name) &&
+           m_session.screen.input(u"key Tab"_s);
+}
+
+bool SaveDialog::setFormat(int from, int to) const
+{
+    if (!click(m_ofFile ? formatBox - oneRow : formatBox))
+        return false;
+    for (int i = from; i < to; ++i)
+        m_session.screen.input(u"key Down"_s);
+    for (int i = from; i > to; --i)
+        m_session.screen.input(u"key Up"_s);
+    return m_session.screen.input(u"sleep 0.2 key Return sleep 0.2"_s);
+}
+
+bool SaveDialog::save() const
+{
+    return click(saveButton) && QTest::qWaitFor([this] { return !window(); }, 10000);
+}
