@@ -29,6 +29,8 @@ private slots:
     void dialogAsksForNativeFilesInTheDocumentsAtFirst();
     void dismissedDialogOpensNothing();
     void dialogCanBeOpenedAgain();
+    void folderThatIsGoneHindersNothing();
+    void programEndsWithTheDialogOpen();
     void dialogOpenedFromATakeOpensAFile();
     void fileIsSelectedThoughACameraIs();
     void refusedFileIsToldToTheLogAlone_data();
@@ -180,6 +182,22 @@ void TestVeskFileOpen::dialogCanBeOpenedAgain()
         QTRY_COMPARE(VeskApp::instance()->veskObjects().size(), count);
         QTRY_VERIFY(!fileDialog());
     }
+}
+
+void TestVeskFileOpen::folderThatIsGoneHindersNothing()
+{
+    m_view.open();
+    startDialog(m_view.folder() + u"/gone"_s);
+    QVERIFY(m_view.clickInDrawn(u"Cancel"_s));
+    QTRY_VERIFY(!fileDialog());
+}
+
+void TestVeskFileOpen::programEndsWithTheDialogOpen()
+{
+    m_view.open();
+    startDialog(m_view.folder());
+    m_view.close();
+    QVERIFY(QGuiApplication::topLevelWindows().isEmpty());
 }
 
 /** The menu bar that the dialog came from goes when its file is shown. */
