@@ -215,7 +215,7 @@ void TestTakeSave::cancelledSaveLeavesNothingBehind()
     m_session.click(layout().savesCloseButton(2).center());
     QVERIFY(m_session.wait([&](const QImage &now) {
         return Session::count(now, layout().savesCloseButton(2), isWhite) == 0 &&
-               Session::count(now, layout().savesCloseButton(1), isWhite) > 20;
+               Session::count(now, layout().savesCloseButton(1), isWhite) > 5;
     }));
     QCOMPARE(files(u"waiting*"_s), QStringList());
     QVERIFY(m_session.camera.clearFaults());
