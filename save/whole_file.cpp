@@ -3,6 +3,15 @@
 #include <QByteArray>
 #include <QFileDevice>
 
+#include <sys/stat.h>
+
+/** A file that somebody deletes takes all that is written to it, and is gone when it is closed. */
+static bool isDeleted(const QFileDevice &file)
+{
+    struct stat status{};
+    return fstat(file.handle(), &status) == 0 && status.st_nlink == 0;
+}
+
 bool writeWhole(QFileDevice &file, const QByteArray &data)
 {
     return file.write(data) == data.size();
@@ -10,7 +19,7 @@ bool writeWhole(QFileDevice &file, const QByteArray &data)
 
 bool closeWhole(QFileDevice &file)
 {
-    const bool flushed = file.flush();
+    const bool kept = file.flush() && !isDeleted(file);
     file.close();
-    return flushed && file.error() == QFileDevice::NoError;
+    return kept && file.error() == QFileDevice::NoError;
 }

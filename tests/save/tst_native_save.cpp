@@ -1,5 +1,6 @@
 #include "file/vesk_file.h"
 #include "save/save_job_queue.h"
+#include "take/raw_frame.h"
 #include "tests/save/sim_save_fixture.h"
 #include "tests/support/vesk_test_main.h"
 
@@ -79,6 +80,21 @@ private slots:
         QVERIFY(what.records == m_fixture->sent(-60, 200));
         QCOMPARE(job->progress(), 100.0);
         QCOMPARE(job->error(), QString());
+    }
+
+    void openFileGivesEveryFrameAsTheCameraSentIt()
+    {
+        SaveJob *job = save(-60, 200);
+        QTRY_COMPARE(job->state(), SaveJob::Done);
+        VeskFile file(m_fixture->path(u"shot.vesk"_s), VeskApp::instance());
+        QVERIFY(file.open());
+        const QByteArray sent = m_fixture->sent(-60, 200);
+        QCOMPARE(sent.size(), 200 * RecordSize);
+        for (qsizetype i = 0; i < 200; ++i) {
+            RawFrame frame;
+            QCOMPARE(file.getFrame(&frame, i - 60), 0);
+            QVERIFY(frame.data() == QByteArrayView(sent).sliced(i * RecordSize, RecordSize));
+        }
     }
 
     void savedRangeTellsItsOwnNumbers()

@@ -184,6 +184,33 @@ private slots:
         QCOMPARE(writer()->closed, QList<SaveJob::FinishState>({SaveJob::FinishCancelled}));
     }
 
+    void cancelBehindTheEndOfTheAnswerDropsWhatIsNotWritten()
+    {
+        start(40);
+        QTRY_COMPARE(m_bytesRead, 40 * RecordSize);
+        QTRY_VERIFY(!isTransferring());
+        QCOMPARE(m_job->state(), SaveJob::Saving);
+        m_job->cancel();
+        QCOMPARE(m_job->state(), SaveJob::Cancelled);
+        QCOMPARE(m_job->error(), QString());
+        QCOMPARE(writer()->framesWritten(), 0);
+        QCOMPARE(writer()->closed, QList<SaveJob::FinishState>({SaveJob::FinishCancelled}));
+    }
+
+    void cancelOfASaveThatWaitsForItsTurnOrIsOverChangesNothing()
+    {
+        start(4);
+        GateJob waiting(m_fixture->take, 0, 4, &m_gate);
+        m_fixture->camera->fileSaveJobQueue()->enqueue(&waiting);
+        waiting.cancel();
+        QCOMPARE(waiting.state(), SaveJob::Queued);
+        m_gate.release(100000);
+        QTRY_COMPARE(waiting.state(), SaveJob::Done);
+        m_job->cancel();
+        QCOMPARE(m_job->state(), SaveJob::Done);
+        QCOMPARE(writer()->closed, QList<SaveJob::FinishState>({SaveJob::FinishDone}));
+    }
+
     void cancelDropsTheChunksThatWait()
     {
         start(Frames);
