@@ -2,11 +2,13 @@
 
 #include "sim/camera.h"
 
+#include <QFile>
 #include <QJsonArray>
 #include <QProcess>
 #include <QTcpSocket>
 #include <QTest>
 
+#include <algorithm>
 #include <csignal>
 
 using namespace q4sim;
@@ -21,6 +23,8 @@ private slots:
     void optionsReachTheCamera();
     void equipmentReachesTheCamera();
     void takesAreThereAtStart();
+    void longRunLeavesTheMemoryFlat_data();
+    void longRunLeavesTheMemoryFlat();
     void bareCameraCanBeGivenThings();
     void largeFirmwareFileIsTaken();
     void oldFirmwareBringsOldHeadersAndYearOffset();
@@ -39,6 +43,13 @@ private:
         while (said.count('\n') < lines && process.waitForReadyRead(20000))
             said += process.readAllStandardOutput();
         return said;
+    }
+
+    /// Bytes of memory that a process has in use.
+    static qint64 residentBytes(qint64 pid)
+    {
+        QFile file(QStringLiteral("/proc/%1/statm").arg(pid));
+        return file.open(QIODevice::ReadOnly) ? file.readAll().split(' ').value(1).toLongLong() * 4096 : -1;
     }
 
     static void end(QProcess &process)
@@ -150,6 +161,53 @@ void TestSimProgram::takesAreThereAtStart()
     const QJsonObject told = client.get("/takes/take2").json()["takes"]["take2"].toObject();
     QCOMPARE(told["fr_cnt"].toInt(), 9);
     QCOMPARE(told["acq"]["fr_rate"].toDouble(), 59.94);
+    end(process);
+}
+
+void TestSimProgram::longRunLeavesTheMemoryFlat_data()
+{
+    QTest::addColumn<qint64>("frames");
+    QTest::addColumn<int>("pauseMs"); // of the client, behind each 8 MiB
+    QTest::newRow("a gigabyte") << qint64(3255) << 0;
+    QTest::newRow("slow client") << qint64(400) << 20;
+}
+
+void TestSimProgram::longRunLeavesTheMemoryFlat()
+{
+    QFETCH(const qint64, frames);
+    QFETCH(const int, pauseMs);
+    constexpr qint64 recordSize = 32 + 640 * 480;
+    constexpr qint64 burst = 8 << 20;
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    // An address sanitizer keeps what was freed, up to this limit.
+    environment.insert(QStringLiteral("ASAN_OPTIONS"), QStringLiteral("quarantine_size_mb=1"));
+    process.setProcessEnvironment(environment);
+    start(process, {"--address", "127.0.1.60", "--take", R"({"first":0,"last":9999,"scene":"plain"})"});
+    QTcpSocket socket;
+    socket.setReadBufferSize(1 << 20);
+    socket.connectToHost(QStringLiteral("127.0.1.60"), 80);
+    QVERIFY(socket.waitForConnected(20000));
+    const QByteArray body =
+        QStringLiteral(R"({"type":3,"src":0,"take":1,"start":0,"cnt":%1})").arg(frames).toLatin1();
+    socket.write("POST /xfer HTTP/1.1\r\nHost: camera\r\nContent-Type: application/json\r\nContent-Length: " +
+                 QByteArray::number(body.size()) + "\r\n\r\n" + body);
+    qint64 received = 0;
+    qint64 atStart = 0;
+    qint64 most = 0;
+    for (qint64 mark = burst; received < frames * recordSize; received += socket.skip(burst)) {
+        if (socket.bytesAvailable() == 0)
+            QVERIFY2(socket.waitForReadyRead(20000), qPrintable(QString::number(received)));
+        if (received < mark)
+            continue;
+        mark += burst;
+        const qint64 resident = residentBytes(process.processId());
+        QVERIFY(resident > 0);
+        atStart = atStart > 0 ? atStart : resident;
+        most = std::max(most, resident);
+        QTest::qWait(pauseMs);
+    }
+    QVERIFY2(most - atStart < 32 << 20, qPrintable(QString::number(most - atStart)));
     end(process);
 }
 
