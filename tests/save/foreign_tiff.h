@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QString>
 
 /** An image as a program reads it that has a reader of its own: size, and red, green, blue of each pixel. */
@@ -12,17 +13,15 @@ struct ForeignTiff {
 
     static ForeignTiff read(const QString &path)
     {
-        QProcess probe;
-        probe.start(QStringLiteral("ffprobe"), {"-v", "error", "-f", "tiff_pipe", "-show_entries",
-                                                "stream=width,height,pix_fmt", "-of", "csv=p=0", "-i", path});
-        probe.waitForFinished();
-        const QList<QByteArray> told = probe.readAllStandardOutput().trimmed().split(',');
-        if (told.size() != 3 || told[2] != "rgb24")
-            return {};
         QProcess reader;
-        reader.start(QStringLiteral("ffmpeg"), {"-v", "error", "-f", "tiff_pipe", "-i", path, "-f",
-                                                "rawvideo", "-pix_fmt", "rgb24", "pipe:1"});
-        reader.waitForFinished();
-        return {told[0].toInt(), told[1].toInt(), reader.readAllStandardOutput()};
+        reader.start(QStringLiteral("ffmpeg"), {"-nostdin", "-hide_banner", "-xerror", "-f", "tiff_pipe",
+                                                "-i", path, "-f", "rawvideo", "-pix_fmt", "rgb24", "pipe:1"});
+        if (!reader.waitForFinished() || reader.exitCode() != 0)
+            return {};
+        // What is in the file, before it is converted to anything.
+        static const QRegularExpression input(
+            QStringLiteral("Stream #0:0: Video: tiff, rgb24[^\\n]*, (\\d+)x(\\d+)[, ]"));
+        const auto told = input.match(QString::fromUtf8(reader.readAllStandardError()));
+        return {told.captured(1).toInt(), told.captured(2).toInt(), reader.readAllStandardOutput()};
     }
 };
