@@ -167,7 +167,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     FuzzApplication::instance();
     if (size < 17)
         return 0;
-    const auto format = Util::Format(data[0] % 5);
+    const auto format = Util::Format(data[0] % 4);
     const auto startFr = qFromLittleEndian<qint64>(data + 1);
     const auto index = qFromLittleEndian<qint64>(data + 9);
     const QByteArray typed(reinterpret_cast<const char *>(data) + 17, qsizetype(size - 17));

@@ -33,40 +33,63 @@ void ImgFileWriterWorker::writeFrames(QByteArray data, qlonglong dataFrameCnt, q
 {
     if (hasEnded())
         return;
-    const qsizetype frameSize = qsizetype(m_geometry.frameSize());
-    for (qlonglong i = 0; i < dataFrameCnt; ++i) {
-        const qsizetype at = std::min(i * frameSize, data.size());
-        const QByteArray record =
-            QByteArray::fromRawData(data.constData() + at, std::min(frameSize, data.size() - at));
-        if (!writeFrame(record, framesRead - dataFrameCnt + i)) {
-            failWriting();
-            return;
-        }
+    const bool given = writeRecords(data, dataFrameCnt, framesRead - dataFrameCnt);
+    if (!lastIsWritten() || !given) {
+        failWriting();
+        return;
     }
     emit framesWritten(framesRead);
     if (framesRemaining == 0)
         emit finished(SaveJob::FinishDone);
 }
 
-/** An image that the disk does not take whole is removed again. */
+bool ImgFileWriterWorker::writeRecords(const QByteArray &data, qlonglong count, qlonglong firstIndex)
+{
+    const qsizetype frameSize = qsizetype(m_geometry.frameSize());
+    for (qlonglong i = 0; i < count; ++i) {
+        const qsizetype at = std::min(i * frameSize, data.size());
+        const QByteArray record =
+            QByteArray::fromRawData(data.constData() + at, std::min(frameSize, data.size() - at));
+        if (!writeFrame(record, firstIndex + i))
+            return false;
+    }
+    return true;
+}
+
+/** One image is written at a time, so that none follows one that failed. */
 bool ImgFileWriterWorker::writeFrame(const QByteArray &record, qlonglong frameIndex)
 {
-    if (!m_veskFrame->set(record, m_geometry.width, m_geometry.height, m_geometry.imgSize(),
-                          m_geometry.metaSize, m_yearOffset) ||
-        !encode())
+    if (!encode(record) || !lastIsWritten())
         return false;
+    m_written.swap(m_encoded);
+    m_writing = std::async(std::launch::async, [this, frameIndex] { return writeEncoded(frameIndex); });
+    return true;
+}
+
+/** Waits for the image before, if there is one. */
+bool ImgFileWriterWorker::lastIsWritten()
+{
+    return !m_writing.valid() || m_writing.get();
+}
+
+/** An image that the disk does not take whole is removed again. */
+bool ImgFileWriterWorker::writeEncoded(qlonglong frameIndex) const
+{
     QFile file(m_fileName.filePath(frameIndex, m_fileName.freeSuffix(frameIndex)));
     if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered))
         return false;
-    if (writeWhole(file, m_encoded) && closeWhole(file))
+    if (writeWhole(file, m_written) && closeWhole(file))
         return true;
     file.remove();
     return false;
 }
 
 /** Into memory: the image library does not tell of all that goes wrong with a file. */
-bool ImgFileWriterWorker::encode()
+bool ImgFileWriterWorker::encode(const QByteArray &record)
 {
+    if (!m_veskFrame->set(record, m_geometry.width, m_geometry.height, m_geometry.imgSize(),
+                          m_geometry.metaSize, m_yearOffset))
+        return false;
     // The image library adds to what it finds.
     m_encoded.resize(0);
     QBuffer buffer(&m_encoded);

@@ -5,6 +5,8 @@
 #include "save/vesk_writer_worker.h"
 #include "take/frame_geometry.h"
 
+#include <future>
+
 class PlaybackVeskObject;
 class VeskFrame;
 
@@ -20,7 +22,10 @@ public:
     void close(SaveJob::FinishState state) override;
 };
 
-/** Decodes, adjusts and writes the frames. Lives on the writer's thread. */
+/**
+ * Decodes, adjusts and writes the frames. Lives on the writer's thread. While it works on an image, the disk
+ * takes the one before from a thread that lasts as long as that.
+ */
 class ImgFileWriterWorker : public VeskWriterWorker
 {
     Q_OBJECT
@@ -33,8 +38,11 @@ public:
                      qlonglong framesRemaining) override;
 
 private:
+    bool writeRecords(const QByteArray &data, qlonglong count, qlonglong firstIndex);
     bool writeFrame(const QByteArray &record, qlonglong frameIndex);
-    bool encode();
+    bool encode(const QByteArray &record);
+    bool writeEncoded(qlonglong frameIndex) const;
+    bool lastIsWritten();
 
     FileNameTemplate m_fileName;
     FrameGeometry m_geometry;
@@ -44,4 +52,8 @@ private:
     VeskFrame *m_veskFrame;
     /** The file of the image at work. */
     QByteArray m_encoded;
+    /** That of the image before, which belongs to its thread until that has ended. */
+    QByteArray m_written;
+    /** Goes first, and waits for the thread. */
+    std::future<bool> m_writing;
 };

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QFileDevice>
 
+#include <algorithm>
 #include <sys/stat.h>
 
 /** A file that somebody deletes takes all that is written to it, and is gone when it is closed. */
@@ -12,9 +13,20 @@ static bool isDeleted(const QFileDevice &file)
     return fstat(file.handle(), &status) == 0 && status.st_nlink == 0;
 }
 
+/**
+ * Bytes in one write. The system looks for memory as large as a write in one piece, which may take it several
+ * times as long as to copy the bytes; for small pieces it has some at hand.
+ */
+static constexpr qsizetype PieceBytes = 32 * 1024;
+
 bool writeWhole(QFileDevice &file, const QByteArray &data)
 {
-    return file.write(data) == data.size();
+    for (qsizetype at = 0; at < data.size(); at += PieceBytes) {
+        const qsizetype bytes = std::min(PieceBytes, data.size() - at);
+        if (file.write(data.constData() + at, bytes) != bytes)
+            return false;
+    }
+    return true;
 }
 
 bool closeWhole(QFileDevice &file)

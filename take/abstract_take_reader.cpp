@@ -55,7 +55,6 @@ void AbstractTakeReader::limitReply()
 void AbstractTakeReader::stop()
 {
     m_stopped = true;
-    m_chunks.clear();
     // The reply is full and has no further data to tell of.
     if (m_heldBack && m_reply)
         m_reply->abort();
@@ -95,8 +94,7 @@ void AbstractTakeReader::replyFinished()
     }
     m_reply->deleteLater();
     m_reply = nullptr;
-    m_chunks.clear();
-    m_begun.clear();
+    m_memory.clear();
 }
 
 bool AbstractTakeReader::isFrames() const
@@ -115,7 +113,7 @@ qint64 AbstractTakeReader::recordSize() const
 /** Of a connection that closes in the middle of a long body the network manager may tell no error. */
 bool AbstractTakeReader::isCutShort() const
 {
-    return isFrames() && m_framesRead * recordSize() + m_begun.size() + m_reply->bytesAvailable() <
+    return isFrames() && m_framesRead * recordSize() + m_memory.begun() + m_reply->bytesAvailable() <
                              m_reply->header(QNetworkRequest::ContentLengthHeader).toLongLong();
 }
 
@@ -135,43 +133,26 @@ void AbstractTakeReader::takeFrames()
         m_reply->abort();
         return;
     }
-    const qsizetype begun = m_begun.size();
-    const qlonglong count = std::min((begun + m_reply->bytesAvailable()) / size, m_framesRemaining);
-    if (count > 0) {
-        QByteArray data = std::exchange(m_begun, {});
-        if (!readOn(data, count * size - begun))
-            return;
-        m_framesRead += count;
-        m_framesRemaining -= count;
-        m_chunks.enqueue({data, m_framesRead});
-        emit readyRead(data, count, m_framesRead, m_framesRemaining);
-        m_begun = emptyChunk();
-        m_begun.resize(0);
-    }
-    // What is left begins the next chunk. The network manager, whose buffer is limited, brings no more before
-    // it has given all that it has.
-    if (m_reply && m_framesRemaining > 0)
-        readOn(m_begun, m_reply->bytesAvailable());
+    // All of it: the network manager, whose buffer is limited, brings no more before it has given all it has.
+    if (!takeBytes())
+        return;
+    const qlonglong count = std::min(m_memory.begun() / size, m_framesRemaining);
+    if (count <= 0)
+        return;
+    m_framesRead += count;
+    m_framesRemaining -= count;
+    emit readyRead(m_memory.chunk(count * size, m_framesRead), count, m_framesRead, m_framesRemaining);
 }
 
-/** Appends bytes that have arrived. */
-bool AbstractTakeReader::readOn(QByteArray &data, qint64 bytes)
+/** Takes over what has arrived. */
+bool AbstractTakeReader::takeBytes()
 {
-    const qsizetype before = data.size();
-    data.resizeForOverwrite(before + bytes);
-    return m_reply->read(data.data() + before, bytes) == bytes;
-}
-
-/**
- * Bytes to fill. Those of a chunk that the worker has written and let go are used again, which spares the
- * system the work of finding as much memory anew.
- */
-QByteArray AbstractTakeReader::emptyChunk()
-{
-    if (m_chunks.isEmpty() || m_chunks.head().framesRead > m_job->writer()->framesWritten() ||
-        !m_chunks.head().data.isDetached())
-        return {};
-    return m_chunks.dequeue().data;
+    const qint64 bytes = m_reply->bytesAvailable();
+    char *room = m_memory.room(bytes, m_job->writer()->framesWritten());
+    if (m_reply->read(room, bytes) != bytes)
+        return false;
+    m_memory.arrived(bytes);
+    return true;
 }
 
 /** What comes is no frame but an explanation, for which the end is awaited, unless it grows too long. */

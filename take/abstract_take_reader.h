@@ -1,10 +1,10 @@
 #pragma once
 
+#include "take/chunk_memory.h"
 #include "take/vesk_reader.h"
 
 #include <QByteArray>
 #include <QPointer>
-#include <QQueue>
 
 class FileSaveJob;
 class QNetworkReply;
@@ -32,12 +32,6 @@ signals:
     void readyRead(QByteArray data, qlonglong dataFrameCnt, qlonglong framesRead, qlonglong framesRemaining);
 
 private:
-    /** Bytes in a chunk that was given to the worker. */
-    struct Chunk {
-        QByteArray data;
-        qlonglong framesRead;
-    };
-
     void limitReply();
     void replyReadyRead();
     void replyFinished();
@@ -50,8 +44,7 @@ private:
     bool isCutShort() const;
     qint64 recordSize() const;
     qint64 waitingBytes(qint64 recordSize) const;
-    bool readOn(QByteArray &data, qint64 bytes);
-    QByteArray emptyChunk();
+    bool takeBytes();
 
     FileSaveJob *m_job;
     QPointer<QNetworkReply> m_reply;
@@ -60,8 +53,6 @@ private:
     bool m_stopped = false;
     /** There are frames in the reply that wait for the worker to catch up. */
     bool m_heldBack = false;
-    /** The chunks whose bytes the worker may still need, and behind them those that can be filled again. */
-    QQueue<Chunk> m_chunks;
-    /** The part of a frame that has arrived behind the last chunk: the start of the next one. */
-    QByteArray m_begun;
+    /** Behind the chunks in it, a part of a frame may have arrived: the start of the next one. */
+    ChunkMemory m_memory;
 };
