@@ -33,6 +33,9 @@ bool AbstractTakeReader::start()
         setError(QStringLiteral("can't start xfer"));
         return false;
     }
+    // The network manager begins in the next turn of the event loop. By the time that it tells that the
+    // request is on its way, a busy GUI thread may have let hundreds of megabytes in.
+    QMetaObject::invokeMethod(this, &AbstractTakeReader::limitReply, Qt::QueuedConnection);
     connect(m_reply, &QNetworkReply::requestSent, this, &AbstractTakeReader::limitReply);
     connect(m_reply, &QNetworkReply::metaDataChanged, this, &AbstractTakeReader::limitReply);
     connect(m_reply, &QNetworkReply::readyRead, this, &AbstractTakeReader::replyReadyRead);
@@ -44,12 +47,11 @@ bool AbstractTakeReader::start()
     return true;
 }
 
-/** Not before the request is on its way: the network manager forgets what it is told earlier. */
+/** Told again and again: the network manager forgets what it is told before it has begun. */
 void AbstractTakeReader::limitReply()
 {
-    const qint64 room = std::max(ReplyBytes, 2 * std::min(recordSize(), MaxRecordBytes));
-    if (m_reply->readBufferSize() != room)
-        m_reply->setReadBufferSize(room);
+    if (m_reply)
+        m_reply->setReadBufferSize(std::max(ReplyBytes, 2 * std::min(recordSize(), MaxRecordBytes)));
 }
 
 void AbstractTakeReader::stop()
