@@ -1,5 +1,6 @@
 #include "save/save_manager.h"
 
+#include "app/arithmetic.h"
 #include "app/qml_object_list_model.h"
 #include "file/vesk_file.h"
 #include "file/vesk_file_save_job.h"
@@ -79,11 +80,11 @@ qlonglong SaveManager::estFileSize(PlaybackVeskObject *source, qlonglong frCnt, 
     const quint32 pixels = geometry.imgSize();
     switch (format) {
     case Util::FormatVesk:
-        return geometry.frameSize() * frCnt + 4096;
+        return saturatedSum(saturatedProduct(geometry.frameSize(), frCnt), 4096);
     case Util::FormatAvi:
-        return (codec == Util::CodecRaw_BGR24 ? pixels * 3 : pixels) * frCnt;
+        return saturatedProduct(codec == Util::CodecRaw_BGR24 ? pixels * 3 : pixels, frCnt);
     case Util::FormatTiff:
-        return (pixels + 68) * 3 * frCnt;
+        return saturatedProduct((pixels + 68) * 3, frCnt);
     case Util::FormatMp4:
         break;
     }

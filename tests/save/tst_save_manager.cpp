@@ -6,6 +6,8 @@
 #include <QPointer>
 #include <QSignalSpy>
 
+#include <limits>
+
 using namespace Qt::StringLiterals;
 
 /** Which jobs are made of what the operator asks for, and how they leave the list. */
@@ -193,6 +195,11 @@ private slots:
         QTest::newRow("native beyond 32 bits") << "65535x65535" << 131071 << 7LL << 0 << 0 << 4096LL;
         // a thousand million frames of 307232 bytes do not fit 32 bits
         QTest::newRow("many frames") << "640x480" << 32 << 1000000000LL << 0 << 0 << 307232000004096LL;
+        // The range of a source that tells none yet goes from one end of the scale to the other.
+        const qlonglong most = std::numeric_limits<qlonglong>::max();
+        QTest::newRow("native of no range") << "640x480" << 32 << most << 0 << 0 << most;
+        QTest::newRow("AVI of no range") << "640x480" << 32 << most << avi << 1 << most;
+        QTest::newRow("images of no range") << "640x480" << 32 << most << int(Util::FormatTiff) << 2 << most;
     }
 
     void estimateFollowsFormatAndSize()
