@@ -1,6 +1,7 @@
 #include "tests/save/save_source_fixture.h"
 #include "tests/support/vesk_test_main.h"
 
+#include <QRegularExpression>
 #include <QSignalSpy>
 
 using namespace Qt::StringLiterals;
@@ -298,6 +299,25 @@ private slots:
         first.finish(SaveJob::FinishDone);
         QVERIFY(second.calls.isEmpty());
         QCOMPARE(m_queue->activeSaveJob(), nullptr);
+    }
+
+    void logTellsHowJobsStartAndEnd()
+    {
+        const auto expect = [](const char *signature) {
+            QTest::ignoreMessage(QtDebugMsg, QRegularExpression(QLatin1StringView(signature)));
+        };
+        HandWorkedJob job(m_take, true);
+        for (const char *signature :
+             {"^void SaveJobQueue::enqueue\\(SaveJob ?\\*\\)$",
+              "^void SaveJobQueue::startSaveJob\\(SaveJob ?\\*\\)$", "^bool SaveJob::start\\(\\)$"})
+            expect(signature);
+        m_queue->enqueue(&job);
+        for (const char *signature :
+             {"^void SaveJobQueue::finishSaveJob\\(\\)$", "^void SaveJobQueue::startQueuedSaveJob\\(\\)$"})
+            expect(signature);
+        job.finish(SaveJob::FinishDone);
+        expect("^SaveManager::SaveManager\\(QObject ?\\*\\)$");
+        const SaveManager manager(nullptr);
     }
 
     void cameraAndTakesHoldTheirFramesBackWhileAJobRuns()
