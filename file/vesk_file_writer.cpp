@@ -3,6 +3,7 @@
 #include "file/vesk_file_format.h"
 #include "save/file_save_job.h"
 #include "save/whole_file.h"
+#include "take/frame_geometry.h"
 #include "take/playback_vesk_object.h"
 
 #include <QFile>
@@ -25,7 +26,8 @@ bool VeskFileWriter::start()
         m_file->deleteLater();
         return false;
     }
-    startWorker(std::make_unique<VeskFileWriterWorker>(m_file), QStringLiteral("VeskFileWriter Thread"));
+    startWorker(std::make_unique<VeskFileWriterWorker>(m_file, frameGeometry(*job()->source()).frameSize()),
+                QStringLiteral("VeskFileWriter Thread"));
     return true;
 }
 
@@ -45,15 +47,20 @@ void VeskFileWriter::close(SaveJob::FinishState state)
     m_file->deleteLater();
 }
 
-VeskFileWriterWorker::VeskFileWriterWorker(QFileDevice *file) : m_file(file) {}
+VeskFileWriterWorker::VeskFileWriterWorker(QFileDevice *file, quint32 frameSize)
+    : m_file(file), m_frameSize(frameSize)
+{
+}
 
-void VeskFileWriterWorker::writeFrames(QByteArray data, qlonglong, qlonglong framesRead,
+void VeskFileWriterWorker::writeFrames(QByteArray data, qlonglong dataFrameCnt, qlonglong framesRead,
                                        qlonglong framesRemaining)
 {
     if (hasEnded())
         return;
     const bool last = framesRemaining == 0;
-    if (!writeWhole(*m_file, data) || (last && !closeWhole(*m_file))) {
+    // Of records of another size the header would give a wrong account, and nobody could read them.
+    if (!isWhole(data, dataFrameCnt, m_frameSize) || !writeWhole(*m_file, data) ||
+        (last && !closeWhole(*m_file))) {
         failWriting();
         return;
     }

@@ -32,12 +32,13 @@ class VeskFileWriterWorker : public VeskWriterWorker
 
 public:
     /** file is open, stands where the first record goes, and outlives the worker; the last chunk closes it.
-     */
-    explicit VeskFileWriterWorker(QFileDevice *file);
+     * frameSize is that of the file's records in bytes. */
+    VeskFileWriterWorker(QFileDevice *file, quint32 frameSize);
 
     void writeFrames(QByteArray data, qlonglong dataFrameCnt, qlonglong framesRead,
                      qlonglong framesRemaining) override;
 
 private:
     QFileDevice *m_file;
+    quint32 m_frameSize;
 };

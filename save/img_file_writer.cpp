@@ -8,8 +8,6 @@
 #include <QFile>
 #include <QImageWriter>
 
-#include <algorithm>
-
 bool ImgFileWriter::start()
 {
     // The thread has had this name ever since it wrote films, too; debuggers and logs know it by it.
@@ -33,7 +31,8 @@ void ImgFileWriterWorker::writeFrames(QByteArray data, qlonglong dataFrameCnt, q
 {
     if (hasEnded())
         return;
-    const bool given = writeRecords(data, dataFrameCnt, framesRead - dataFrameCnt);
+    const bool given = isWhole(data, dataFrameCnt, m_geometry.frameSize()) &&
+                       writeRecords(data, dataFrameCnt, framesRead - dataFrameCnt);
     if (!lastIsWritten() || !given) {
         failWriting();
         return;
@@ -47,9 +46,7 @@ bool ImgFileWriterWorker::writeRecords(const QByteArray &data, qlonglong count, 
 {
     const qsizetype frameSize = qsizetype(m_geometry.frameSize());
     for (qlonglong i = 0; i < count; ++i) {
-        const qsizetype at = std::min(i * frameSize, data.size());
-        const QByteArray record =
-            QByteArray::fromRawData(data.constData() + at, std::min(frameSize, data.size() - at));
+        const QByteArray record = QByteArray::fromRawData(data.constData() + i * frameSize, frameSize);
         if (!writeFrame(record, firstIndex + i))
             return false;
     }

@@ -10,6 +10,11 @@ bool VeskWriterWorker::hasEnded() const
     return m_failed || QThread::currentThread()->isInterruptionRequested();
 }
 
+bool VeskWriterWorker::isWhole(const QByteArray &data, qlonglong dataFrameCnt, qsizetype frameSize)
+{
+    return data.size() == dataFrameCnt * frameSize;
+}
+
 void VeskWriterWorker::failWriting()
 {
     m_failed = true;

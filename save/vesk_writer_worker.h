@@ -32,6 +32,8 @@ signals:
 protected:
     /** Ends the writing. */
     void failWriting();
+    /** The chunk is made of as many records as it tells, each of the source's own size in bytes. */
+    static bool isWhole(const QByteArray &data, qlonglong dataFrameCnt, qsizetype frameSize);
     /** The writing has ended: what still comes in is dropped. */
     bool hasEnded() const;
 

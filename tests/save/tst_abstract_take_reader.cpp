@@ -270,6 +270,26 @@ private slots:
         QTRY_VERIFY(!isTransferring());
     }
 
+    void recordsOfAnotherSizeThanTheTakesAreNoCompleteSave_data()
+    {
+        QTest::addColumn<QByteArray>("imgSize"); // the take's is 8
+        QTest::addColumn<Util::Format>("format");
+        QTest::newRow("native, smaller") << QByteArray("0") << Util::FormatVesk;
+        QTest::newRow("native, larger") << QByteArray("24") << Util::FormatVesk;
+        QTest::newRow("images, smaller") << QByteArray("0") << Util::FormatTiff;
+        QTest::newRow("images, larger") << QByteArray("24") << Util::FormatTiff;
+    }
+
+    void recordsOfAnotherSizeThanTheTakesAreNoCompleteSave()
+    {
+        QFETCH(const QByteArray, imgSize);
+        QFETCH(const Util::Format, format);
+        m_fixture->answerFrames(SaveSourceFixture::records(8), SaveSourceFixture::frameHeaders(imgSize));
+        SaveJob *job = m_fixture->save(format, 0, 4);
+        QTRY_COMPARE(job->state(), SaveJob::Error);
+        QCOMPARE(job->error(), u"write error"_s);
+    }
+
     void cancelBeforeAnyDataClosesTheConnectionWithTheFirst()
     {
         beginAnswer(3);
