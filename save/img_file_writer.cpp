@@ -72,12 +72,23 @@ bool ImgFileWriterWorker::lastIsWritten()
 /** An image that the disk does not take whole is removed again. */
 bool ImgFileWriterWorker::writeEncoded(qlonglong frameIndex) const
 {
-    QFile file(m_fileName.filePath(frameIndex, m_fileName.freeSuffix(frameIndex)));
-    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered))
+    QFile file;
+    if (!openFree(file, frameIndex))
         return false;
     if (writeWhole(file, m_written) && closeWhole(file))
         return true;
     file.remove();
+    return false;
+}
+
+/** Another save may take a name that was free a moment ago: then the next one is looked for. */
+bool ImgFileWriterWorker::openFree(QFile &file, qlonglong frameIndex) const
+{
+    do {
+        file.setFileName(m_fileName.filePath(frameIndex, m_fileName.freeSuffix(frameIndex)));
+        if (file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered))
+            return true;
+    } while (QFile::exists(file.fileName()));
     return false;
 }
 

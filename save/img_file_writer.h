@@ -8,6 +8,7 @@
 #include <future>
 
 class PlaybackVeskObject;
+class QFile;
 class VeskFrame;
 
 /** Writes each frame as a TIFF of its own. Images that are written stay, however the save ends. */
@@ -43,6 +44,7 @@ private:
     bool encode(const QByteArray &record);
     bool writeEncoded(qlonglong frameIndex) const;
     bool lastIsWritten();
+    bool openFree(QFile &file, qlonglong frameIndex) const;
 
     FileNameTemplate m_fileName;
     FrameGeometry m_geometry;

@@ -1,3 +1,4 @@
+#include "file/vesk_file.h"
 #include "tests/save/foreign_tiff.h"
 #include "tests/save/sim_save_fixture.h"
 #include "tests/support/vesk_test_main.h"
@@ -253,6 +254,28 @@ private slots:
         QTRY_COMPARE(job->state(), SaveJob::Error);
         QCOMPARE(job->error(), u"write error"_s);
         QCOMPARE(m_fixture->files(), QStringList());
+    }
+
+    void savesOfOneNameAtOnceTakeNoImageFromEachOther()
+    {
+        QVERIFY(openTake(0));
+        SaveJob *native = m_fixture->save(Util::FormatVesk, 0, 300, u"source"_s);
+        QTRY_COMPARE(native->state(), SaveJob::Done);
+        native->open();
+        auto *file = qobject_cast<VeskFile *>(VeskApp::instance()->selectedVeskObject());
+        QVERIFY(file);
+        QList<SaveJob *> jobs;
+        for (int i = 0; i < 4; ++i)
+            jobs.append(m_fixture->manager->createSaveJob(file, 0, 300, SaveManager::FileDest,
+                                                          Util::FormatTiff, Util::CodecVesk, 0.0, 0,
+                                                          u"shot"_s, m_fixture->folder));
+        for (const SaveJob *job : jobs)
+            QTRY_VERIFY_WITH_TIMEOUT(job->state() != SaveJob::Saving, 60000);
+        file->close();
+        for (const SaveJob *job : jobs)
+            QCOMPARE(job->error(), QString());
+        QCOMPARE(m_fixture->files().size(), 1 + 4 * 300);
+        QTRY_COMPARE(VeskApp::instance()->veskObjModel()->size(), 0);
     }
 
     void imagesOfACancelledSaveStay()
