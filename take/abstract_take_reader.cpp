@@ -151,10 +151,9 @@ bool AbstractTakeReader::takeBytes()
 {
     const qint64 bytes = m_reply->bytesAvailable();
     char *room = m_memory.room(bytes, m_job->writer()->framesWritten());
-    if (m_reply->read(room, bytes) != bytes)
-        return false;
-    m_memory.arrived(bytes);
-    return true;
+    const qint64 got = m_reply->read(room, bytes);
+    m_memory.arrived(std::max<qint64>(got, 0));
+    return got == bytes;
 }
 
 /** What comes is no frame but an explanation, for which the end is awaited, unless it grows too long. */
@@ -163,7 +162,9 @@ void AbstractTakeReader::takeError()
     if (m_reply->bytesAvailable() < MaxErrorBytes)
         return;
     fail();
-    m_reply->abort();
+    // The end of the save may have closed the connection.
+    if (m_reply)
+        m_reply->abort();
 }
 
 void AbstractTakeReader::fail()

@@ -190,6 +190,28 @@ private slots:
         QCOMPARE(writer()->hash, QString::fromLatin1(sent.result().toHex()));
     }
 
+    void chunksOfChangingSizeDoNotHeapUpMemory()
+    {
+        m_fixture = std::make_unique<SimSaveFixture>(
+            q4sim::TakeOrder{.first = 0, .last = 3999, .frameRate = 500.0, .res = u"640x480"_s});
+        QVERIFY(m_fixture->open());
+        // One frame a chunk while they come one by one, and many once the connection is full.
+        m_fixture->fault({.kind = q4sim::FaultKind::Drip, .ms = 4, .bytes = RecordSize});
+        const qint64 before = residentBytes();
+        start(4000);
+        QTRY_VERIFY_WITH_TIMEOUT(m_bytesRead > AbstractTakeReader::MaxWaitingBytes, 60000);
+        qint64 most = 0;
+        for (int chunk = 0; chunk < 400; ++chunk) {
+            m_gate.release();
+            QTest::qWait(chunk < 200 ? 4 : 25);
+            most = std::max(most, residentBytes() - before);
+        }
+        QCOMPARE(m_job->state(), SaveJob::Saving);
+#if !defined(__SANITIZE_THREAD__) && !defined(__SANITIZE_ADDRESS__)
+        QVERIFY2(most < 150 * MiB, qPrintable(QString::number(most / MiB)));
+#endif
+    }
+
     void cancelOfASaveThatWaitsForItsWorkerClosesTheConnection()
     {
         start(Frames);
