@@ -270,6 +270,16 @@ private slots:
         QTRY_VERIFY(!isTransferring());
     }
 
+    void answerThatGoesOnWithoutEndIsClosedBehindTheLastFrame()
+    {
+        // More than the connection holds.
+        m_fixture->answerFrames(SaveSourceFixture::records(4) + QByteArray(16 * 1024 * 1024, 'x'));
+        save(4);
+        QTRY_COMPARE(m_job->state(), SaveJob::Done);
+        QCOMPARE(savedRecords(), SaveSourceFixture::records(4));
+        QTRY_VERIFY(!isTransferring());
+    }
+
     void recordsOfAnotherSizeThanTheTakesAreNoCompleteSave_data()
     {
         QTest::addColumn<QByteArray>("imgSize"); // the take's is 8
