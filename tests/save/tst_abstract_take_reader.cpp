@@ -383,6 +383,7 @@ private slots:
         SaveJob *second = m_fixture->save(Util::FormatVesk, 0, 2);
         QCOMPARE(second->state(), SaveJob::Queued);
         QTRY_COMPARE(second->state(), SaveJob::Done);
+        QCOMPARE(m_job->error(), QString());
         QCOMPARE(m_job->state(), SaveJob::Done);
         QCOMPARE(m_fixture->files(), QStringList({u"shot (2).vesk"_s, u"shot.vesk"_s}));
         QCOMPARE(m_fixture->camera->fileSaveJobQueue()->activeSaveJob(), nullptr);
