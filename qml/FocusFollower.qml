@@ -7,6 +7,13 @@ Item {
     id: root
 
     required property Flickable flickable
+    /** Height of what lies over the upper end of the flickable, in pixels. */
+    property real covered: 0
+
+    /** Where the content is to begin so that a stretch of it is in a sight of that length. */
+    function brought(start: real, size: real, content: real, sight: real): real {
+        return Math.min(start, Math.max(content, start + size - sight));
+    }
 
     function showFocused() {
         const focused = root.Window.activeFocusItem;
@@ -15,11 +22,11 @@ Item {
             parent = parent.parent;
         if (!parent)
             return;
-        const top = focused.mapToItem(root.flickable.contentItem, 0, 0).y;
-        if (top < root.flickable.contentY)
-            root.flickable.contentY = top;
-        else if (top + focused.height > root.flickable.contentY + root.flickable.height)
-            root.flickable.contentY = top + focused.height - root.flickable.height;
+        const view = root.flickable;
+        const place = focused.mapToItem(view.contentItem, 0, 0);
+        view.contentY = root.brought(place.y - root.covered, focused.height + root.covered, view.contentY, view.height);
+        if (view.contentWidth > view.width)
+            view.contentX = root.brought(place.x, focused.width, view.contentX, view.width);
     }
 
     visible: false

@@ -50,6 +50,7 @@ FocusScope {
         }
         FocusFollower {
             flickable: list
+            covered: list.headerItem?.height ?? 0
         }
     }
 }
