@@ -15,30 +15,39 @@ SaveForm {
     SaveLabel {
         text: qsTr("Format:")
     }
-    SaveChoice {
-        Layout.columnSpan: codecLabel.visible ? 1 : 3
-        name: qsTr("Format")
-        entries: root.target.formats
-        chosen: root.target.formatIndex
-        onActivated: index => {
-            root.target.codecIndex = 0;
-            root.target.formatIndex = index;
-        }
-    }
-    SaveLabel {
-        id: codecLabel
+    RowLayout {
+        Layout.columnSpan: 3
+        Layout.fillWidth: true
+        spacing: 14
 
-        Layout.preferredWidth: 55
-        text: qsTr("Codec:")
-        visible: root.target.codecs.length > 0
-    }
-    SaveChoice {
-        Layout.preferredWidth: 140
-        name: qsTr("Codec")
-        entries: root.target.codecs
-        chosen: root.target.codecIndex
-        visible: codecLabel.visible
-        onActivated: index => root.target.codecIndex = index
+        SaveChoice {
+            name: qsTr("Format")
+            entries: root.target.formats
+            chosen: root.target.formatIndex
+            onActivated: index => {
+                root.target.codecIndex = 0;
+                root.target.formatIndex = index;
+            }
+        }
+        SaveLabel {
+            Layout.preferredWidth: 55
+            text: qsTr("Codec:")
+            visible: codec.visible
+        }
+        SaveChoice {
+            id: codec
+
+            Layout.preferredWidth: 140
+            name: qsTr("Codec")
+            entries: root.target.codecs
+            chosen: root.target.codecIndex
+            visible: root.target.codecs.length > 0
+            onActivated: index => root.target.codecIndex = index
+        }
+        // Takes what a wider window has to give.
+        Item {
+            Layout.fillWidth: true
+        }
     }
     SaveLabel {
         text: qsTr("Est. File Size:")

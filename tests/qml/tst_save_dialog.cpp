@@ -46,6 +46,7 @@ private slots:
     void unknownStoredFormatIsTheFirstOne();
     void cancelOnlyCloses();
     void dialogGoesWithItsTake();
+    void descriptionMayComeWhileTheDialogIsOpen();
     void dialogHasItsSizes();
 
 private:
@@ -328,6 +329,25 @@ void TestSaveDialog::dialogGoesWithItsTake()
     QCOMPARE(m_view.textOf(u"Take"_s), u"2"_s);
 }
 
+void TestSaveDialog::descriptionMayComeWhileTheDialogIsOpen()
+{
+    const Take *take = start();
+    QVERIFY(take);
+    m_view.simulated()->setFault(q4sim::Route::Takes, {.kind = q4sim::FaultKind::Delay, .ms = 2000});
+    QCOMPARE(m_view.simulated()->makeTake({.first = 7, .last = 7}), 3);
+    QTRY_VERIFY(m_view.tab(3));
+    QVERIFY(m_view.openSave(SaveFixture::TabMenu, 3));
+    QCOMPARE(m_view.textOf(u"Take"_s), u"3"_s);
+    QVERIFY(!m_view.isEnabled(u"Save"_s, QAccessible::Button));
+    QTRY_VERIFY(m_view.isEnabled(u"Save"_s, QAccessible::Button));
+    QTRY_COMPARE(m_view.textOf(FrameCount), u"1  of  1"_s);
+    QCOMPARE(m_view.typed(FirstFrame), u"7"_s);
+    QCOMPARE(m_view.typed(LastFrame), u"7"_s);
+    const qint64 bytes = 307'200 + take->metaSizeValue()->variant().toInt() + 4096;
+    QCOMPARE(m_view.textOf(u"Est. File Size"_s),
+             QLocale().formattedDataSize(bytes, 2, QLocale::DataSizeSIFormat));
+}
+
 void TestSaveDialog::dialogHasItsSizes()
 {
     QVERIFY(start());
@@ -344,6 +364,14 @@ void TestSaveDialog::dialogHasItsSizes()
     QVERIFY(m_view.pick(u"Format"_s, u"TIFF"_s));
     QTRY_COMPARE(rect(u"Format"_s, QAccessible::ComboBox), QSize(110, 24));
     QTRY_COMPARE(rect(u"Codec"_s, QAccessible::ComboBox), QSize(140, 24));
+    const auto left = [&](const QString &name) {
+        return ViewFixture::element(dialog, name, QAccessible::ComboBox)->rect().left();
+    };
+    dialog->setWidth(960);
+    QTRY_COMPARE(ViewFixture::element(dialog, FileName, QAccessible::EditableText)->rect().width(), 788);
+    ViewFixture::settle(dialog);
+    QCOMPARE(left(u"Format"_s), left(u"Save To"_s));
+    QCOMPARE(left(u"Codec"_s), left(u"Format"_s) + 110 + 14 + 55 + 14);
 }
 
 VIEW_TEST_MAIN(TestSaveDialog)
