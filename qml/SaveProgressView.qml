@@ -36,7 +36,16 @@ FocusScope {
                 columns: root.columns
             }
             model: App.instance.saveManager.saveJobs
-            ScrollBar.vertical: ScrollBar {}
+            // No row is the current one: the list would follow it wherever its neighbours go.
+            currentIndex: -1
+            keyNavigationEnabled: false
+            Keys.onUpPressed: bar.decrease()
+            Keys.onDownPressed: bar.increase()
+            ScrollBar.vertical: ScrollBar {
+                id: bar
+
+                stepSize: 48 / list.contentHeight
+            }
             Accessible.role: Accessible.Table
             Accessible.name: qsTr("Saves")
 

@@ -7,6 +7,7 @@
 #include "tests/qml/save_fixture.h"
 #include "tests/qml/view_test_main.h"
 
+#include <QPointer>
 #include <QQuickItem>
 #include <QQuickWindow>
 
@@ -30,6 +31,8 @@ private slots:
     void takeGoesWhileTheDialogIsUsed();
     void focusedRowIsInSight();
     void focusedButtonIsInSightBehindWideColumns();
+    void listStaysWhereItIsWhenARowGoes();
+    void arrowsScrollTheList();
 
 private:
     enum Use { TagMenuOpen, FormatsOpen, NameTyped, FrameTyped, FolderDialogOpen };
@@ -295,6 +298,48 @@ void TestSaveKeys::focusedButtonIsInSightBehindWideColumns()
         QTest::keyClick(m_view.window(), Qt::Key_Tab);
     QCOMPARE(focusedName(m_view.window()), u"Remove"_s);
     QCOMPARE_LE(focusedRect(m_view.window()).right(), double(m_view.window()->width() - 240));
+}
+
+/** Distance of the list's upper end from that of its first row, in pixels. */
+static double scrolled(const ViewFixture &view)
+{
+    return view.element(u"Saves"_s, QAccessible::Table)->object()->property("contentY").toDouble();
+}
+
+void TestSaveKeys::listStaysWhereItIsWhenARowGoes()
+{
+    Take *take = m_view.startWithTake(1);
+    QVERIFY(take);
+    failSaves(take, 40);
+    QVERIFY(m_view.click(u"Save progress"_s));
+    QTRY_VERIFY(m_view.shows(u"Saves"_s, QAccessible::Table));
+    QCOMPARE(walk(Qt::Key_Tab, 40), QString());
+    // That of the last row.
+    QPointer<QQuickItem> button = m_view.window()->activeFocusItem();
+    const QRectF before = focusedRect(m_view.window());
+    VeskApp::instance()->saveManager()->removeSaveJob(SaveFixture::jobs().first());
+    QTRY_VERIFY(!m_view.hasRow(u"shot0.vesk"_s));
+    ViewFixture::settle(m_view.window());
+    QVERIFY(button);
+    QCOMPARE(m_view.window()->activeFocusItem(), button);
+    QCOMPARE(focusedRect(m_view.window()), before);
+}
+
+void TestSaveKeys::arrowsScrollTheList()
+{
+    Take *take = m_view.startWithTake(1);
+    QVERIFY(take);
+    failSaves(take, 40);
+    QVERIFY(m_view.click(u"Save progress"_s));
+    QTRY_VERIFY(m_view.shows(u"Saves"_s, QAccessible::Table));
+    ViewFixture::settle(m_view.window());
+    const double before = scrolled(m_view);
+    for (int i = 0; i < 3; ++i)
+        QTest::keyClick(m_view.window(), Qt::Key_Down);
+    QCOMPARE(qRound(scrolled(m_view) - before), 3 * 48);
+    for (int i = 0; i < 4; ++i)
+        QTest::keyClick(m_view.window(), Qt::Key_Up);
+    QCOMPARE(qRound(scrolled(m_view) - before), 0);
 }
 
 VIEW_TEST_MAIN(TestSaveKeys)
