@@ -36,6 +36,8 @@ FocusScope {
                 columns: root.columns
             }
             model: App.instance.saveManager.saveJobs
+            // All rows are kept: the keys go from one to the next in the order in which they were made.
+            cacheBuffer: 48 * count
             // No row is the current one: the list would follow it wherever its neighbours go.
             currentIndex: -1
             keyNavigationEnabled: false

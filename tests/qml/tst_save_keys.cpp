@@ -53,6 +53,17 @@ static QString focusedName(const QQuickWindow *window)
     return {};
 }
 
+/** The file of the row with the control that has the focus. */
+static QString focusedRow(const QQuickWindow *window)
+{
+    for (QQuickItem *item = window->activeFocusItem(); item; item = item->parentItem()) {
+        QAccessibleInterface *element = QAccessible::queryAccessibleInterface(item);
+        if (element && element->role() == QAccessible::Row)
+            return element->text(QAccessible::Name);
+    }
+    return {};
+}
+
 /** Presses Tab in the dialog until the control with a name has the focus; false when it never gets it. */
 bool TestSaveKeys::tabTo(const QString &name)
 {
@@ -254,12 +265,14 @@ QString TestSaveKeys::walk(Qt::Key key, int rows)
     };
     const int top = rect(u"Name"_s, QAccessible::ColumnHeader).bottom() + 1;
     const int bottom = rect(u"Saves"_s, QAccessible::Table).bottom() + 1;
-    QSet<QQuickItem *> met;
+    QSet<QString> met;
     for (int i = 0; i < 200 && met.size() < rows; ++i) {
         QTest::keyClick(m_view.window(), key, key == Qt::Key_Backtab ? Qt::ShiftModifier : Qt::NoModifier);
         if (focusedName(m_view.window()) != u"Remove"_s)
             continue;
-        met.insert(m_view.window()->activeFocusItem());
+        // The next rows are made while this one is drawn.
+        ViewFixture::settle(m_view.window());
+        met.insert(focusedRow(m_view.window()));
         const QRectF button = focusedRect(m_view.window());
         if (button.top() < top || button.bottom() > bottom)
             return u"row %1 at %2"_s.arg(met.size()).arg(button.top());
