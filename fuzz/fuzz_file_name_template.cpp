@@ -173,7 +173,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const QByteArray typed(reinterpret_cast<const char *>(data) + 17, qsizetype(size - 17));
     const qsizetype end = typed.indexOf('\0');
     const QString first = QString::fromUtf8(end < 0 ? typed : typed.first(end));
-    const QString second = QString::fromUtf8(end < 0 ? QByteArray() : typed.sliced(end + 1));
+    // Nobody types null characters.
+    const QString second = QString::fromUtf8(end < 0 ? QByteArray() : typed.sliced(end + 1)).remove(QChar());
 
     FileNameTemplate name(QStringLiteral("/folder"), first, format, startFr);
     std::vector<Piece> pieces = piecesOf(first.toStdU16String());
