@@ -47,7 +47,8 @@ bool ImgFileWriterWorker::writeRecords(const QByteArray &data, qlonglong count, 
     const qsizetype frameSize = qsizetype(m_geometry.frameSize());
     for (qlonglong i = 0; i < count; ++i) {
         const QByteArray record = QByteArray::fromRawData(data.constData() + i * frameSize, frameSize);
-        if (!writeFrame(record, firstIndex + i))
+        // The GUI thread may be waiting for the end: it gets it after this image, not after a whole chunk.
+        if (hasEnded() || !writeFrame(record, firstIndex + i))
             return false;
     }
     return true;

@@ -6,6 +6,7 @@
 #include "save/save_job_queue.h"
 #include "save/save_manager.h"
 #include "take/take.h"
+#include "tests/save/save_test_address.h"
 #include "tests/support/http_recorder.h"
 
 #include <QJsonDocument>
@@ -22,7 +23,7 @@
 struct SaveSourceFixture {
     static constexpr int RecordSize = 16;
 
-    explicit SaveSourceFixture(const QString &address = QStringLiteral("127.0.3.10"))
+    explicit SaveSourceFixture(const QString &address = saveTestAddress())
         : server(address), camera(std::make_unique<Camera>(QHostAddress(address), nullptr)),
           take(new Take(3, camera.get()))
     {

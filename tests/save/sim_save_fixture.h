@@ -9,6 +9,7 @@
 #include "sim/camera_thread.h"
 #include "sim/frame_run.h"
 #include "take/take.h"
+#include "tests/save/save_test_address.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -21,7 +22,7 @@ struct SimSaveFixture {
     static q4sim::Config config(const q4sim::TakeOrder &order, int cfa)
     {
         q4sim::Config config;
-        config.address = QHostAddress(QStringLiteral("127.0.3.20"));
+        config.address = QHostAddress(saveTestAddress());
         config.discovery = false;
         config.cfa = cfa;
         config.takes = {order};
