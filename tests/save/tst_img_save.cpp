@@ -128,6 +128,11 @@ private slots:
         adj->gain()->setValue(2.0, false);
         adj->gamma()->setValue(1.6, false);
         adj->wbR()->setValue(1.4, false);
+        // An answer from before would bring the old look back for a moment.
+        const auto set = [this](const char *key) {
+            return m_fixture->host.camera().takeDescription(1)["adjust"][QLatin1StringView(key)].toDouble();
+        };
+        QTRY_VERIFY(set("gain") == 2.0 && set("gamma") == 1.6 && set("wb_r") == 1.4);
         adj->setRotate(rotate);
         adj->setFlipH(flipH ? 1 : 0);
         adj->setFlipV(flipV ? 1 : 0);
