@@ -6,6 +6,10 @@
 /** The buffers of one decoded frame. What is shared with a reader is replaced, not copied, by the next frame.
  */
 struct DevelopedFrame {
+    /** One that is saved may have a picture alone. */
+    enum class Use { Shown, Saved };
+
+    Use use = Use::Shown;
     /** The mosaic as received, widened to 16 bits, in sensor geometry. */
     QList<quint16> raw;
     /** The adjusted image in blue, green, red order, with overlays and without; may share their storage. */

@@ -81,7 +81,7 @@ class ColorRows
 public:
     ColorRows(const ColorTables &tables, const Buffers &buffers)
         : m_tables(tables), m_buffers(buffers), m_width(std::size_t(buffers.width)), m_rows(3 * m_width),
-          m_red(m_width), m_green(m_width), m_blue(m_width)
+          m_red(m_width), m_green(m_width), m_blue(m_width), m_line(m_buffers.image ? 0 : 3 * m_width)
     {
     }
 
@@ -95,7 +95,8 @@ public:
             for (int row = std::max(loaded + 1, centre - 1); row <= centre + 1; ++row)
                 loadRow(row);
             loaded = centre + 1;
-            widenRow(y);
+            if (m_buffers.raw)
+                widenRow(y);
             demosaicRow(centre);
             finishRow(y);
         }
@@ -168,7 +169,7 @@ private:
     void finishRow(int y)
     {
         const std::size_t start = 3 * std::size_t(y) * m_width;
-        quint16 *image = m_buffers.image + start;
+        quint16 *image = m_buffers.image ? m_buffers.image + start : m_line.data();
         for (std::size_t x = 0; x < m_width; ++x) {
             image[3 * x] = m_tables.lutB[m_blue[x]];
             image[3 * x + 1] = m_tables.lutG[m_green[x]];
@@ -185,6 +186,8 @@ private:
     std::vector<quint16> m_red;
     std::vector<quint16> m_green;
     std::vector<quint16> m_blue;
+    /** A row of the adjusted image that nobody keeps. */
+    std::vector<quint16> m_line;
 };
 } // namespace
 

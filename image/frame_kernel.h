@@ -14,7 +14,9 @@ namespace FrameKernel
 {
 using CodeTable = std::array<quint16, 256>;
 
-/** Where a frame comes from and where it goes; the buffers hold width x height samples or three times that.
+/**
+ * Where a frame comes from and where it goes; the buffers hold width x height samples or three times that. In
+ * colour, raw and image may be null, where only the picture is wanted.
  */
 struct Buffers {
     const uchar *codes;

@@ -98,12 +98,15 @@ void ImgAdjUtil::developFrame(const ImgAdjData &adj, QByteArrayView payload, qui
                                      [this](uchar code) { return m_lut8To16[code]; });
     std::fill(tail, frame.raw.end(), quint16(0));
 
+    const bool pictureAlone = frame.use == DevelopedFrame::Use::Saved && !mono;
     frame.marked = {};
+    if (pictureAlone)
+        frame.clean = {};
     const FrameKernel::Buffers buffers{.codes = codes,
                                        .width = frame.width,
                                        .height = frame.height,
-                                       .raw = frame.raw.data(),
-                                       .image = fresh(frame.clean, pixels * 3),
+                                       .raw = pictureAlone ? nullptr : frame.raw.data(),
+                                       .image = pictureAlone ? nullptr : fresh(frame.clean, pixels * 3),
                                        .picture = fresh(frame.picture, frame.width, frame.height)};
     if (mono)
         FrameKernel::developMono({.raw = &m_lut8To16, .lut = adj.lutG.constData()}, buffers);

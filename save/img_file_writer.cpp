@@ -24,6 +24,7 @@ ImgFileWriterWorker::ImgFileWriterWorker(const PlaybackVeskObject &source, const
       m_veskFrame(new VeskFrame(&m_imgAdj, this))
 {
     m_veskFrame->decodeInPlace();
+    m_veskFrame->decodeForSaving();
 }
 
 void ImgFileWriterWorker::writeFrames(QByteArray data, qlonglong dataFrameCnt, qlonglong framesRead,

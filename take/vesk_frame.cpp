@@ -117,10 +117,10 @@ void VeskFrame::setRgbPoint(const QPoint &point)
 
 QImage VeskFrame::image(bool clean) const
 {
-    if (m_frame.clean.isEmpty())
-        return {};
     if (!clean && !m_frame.picture.isNull())
         return m_frame.picture;
+    if (m_frame.clean.isEmpty())
+        return {};
     QImage picture = ImgAdjUtil::unpaddedImage(width(), height(), QImage::Format_BGR888);
     engine()->lut16To8Convert(clean ? m_frame.clean : m_frame.marked, picture.bits());
     return picture;

@@ -43,6 +43,8 @@ public:
      * may leave the one before in pieces.
      */
     void decodeInPlace() { m_inPlace = true; }
+    /** From now on a frame is decoded for image(false), which may be all that there is of it. */
+    void decodeForSaving() { m_frame.use = m_nextFrame.use = DevelopedFrame::Use::Saved; }
 
     /**
      * Decodes and adjusts a received frame. Pixels that the record promises but does not hold are 0. False,
