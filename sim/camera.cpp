@@ -6,8 +6,6 @@
 #include "sim/http_front.h"
 #include "sim/value_table.h"
 
-#include <QMutexLocker>
-
 namespace q4sim
 {
 
@@ -82,7 +80,7 @@ void Camera::close()
 
 QList<Request> Camera::requests() const
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     return m_requests;
 }
 
@@ -99,19 +97,19 @@ QList<Request> Camera::requests(const QByteArray &method, const QString &path) c
 
 void Camera::clearRequests()
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     m_requests.clear();
 }
 
 void Camera::setFault(Route route, const Fault &fault)
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     m_faults[route] = fault;
 }
 
 void Camera::clearFaults()
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     m_faults.clear();
 }
 
@@ -130,7 +128,7 @@ Fault Camera::takeFault(const Request &request, bool arriving)
 
 QJsonObject Camera::status() const
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     return m_model.status(m_config.clock->nowNs());
 }
 
@@ -141,70 +139,70 @@ QJsonValue Camera::value(const QString &path) const
 
 void Camera::forceValue(const QString &path, const QJsonValue &value)
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     m_model.forceValue(path, value);
 }
 
 void Camera::setTakeLocked(int number, bool locked)
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     m_model.setTakeLocked(number, locked);
 }
 
 int Camera::makeTake(const TakeOrder &order, QString *error)
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     QString text;
     return m_model.makeTake(order, m_config.clock->nowNs(), error ? error : &text);
 }
 
 void Camera::dropTake(int number)
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     m_model.dropTake(number);
 }
 
 QJsonObject Camera::takeDescription(int number) const
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     return m_model.takeDescription(number, m_config.clock->nowNs());
 }
 
 SceneParams Camera::takeScene(int number) const
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     const auto footage = m_model.footage(number);
     return footage ? footage->correctedScene() : SceneParams{.width = 0, .height = 0};
 }
 
 qint64 Camera::takeFrameTimeNs(int number, qint64 frame) const
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     const auto footage = m_model.footage(number);
     return footage ? footage->timeNs(frame) : 0;
 }
 
 SceneParams Camera::sceneParams() const
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     return m_model.sceneParams();
 }
 
 qint64 Camera::liveFrame() const
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     return m_model.liveFrame(m_config.clock->nowNs());
 }
 
 qint64 Camera::frameTimeNs(qint64 frame) const
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     return m_model.frameTimeNs(frame);
 }
 
 Answer Camera::answer(const QByteArray &method, const QString &path, const QByteArray &body)
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     Answer answer = m_model.handle({method, path, {}, body, m_config.clock->nowNs()});
     if (answer.run)
         answer.body = answer.run->readAll();
@@ -214,7 +212,7 @@ Answer Camera::answer(const QByteArray &method, const QString &path, const QByte
 void Camera::log(const Request &request)
 {
     {
-        const QMutexLocker lock(&m_mutex);
+        const std::lock_guard lock(m_mutex);
         m_requests.append(request);
         if (m_requests.size() > keptRequests)
             m_requests.removeFirst();
@@ -243,7 +241,7 @@ Answer Camera::receive(const Request &request, Fault *fault)
     if (request.path.startsWith(u"/sim/"))
         return control(*this, request);
     log(withoutFile(request));
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     *fault = takeFault(request, false);
     Answer answer = carryOut(request, *fault);
     aim(fault, request, answer);
@@ -256,26 +254,26 @@ Answer Camera::receive(const Request &request, Fault *fault)
 
 QString Camera::operate(const QJsonObject &order)
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     return m_model.operate(order, m_config.clock->nowNs());
 }
 
 QJsonObject Camera::upload() const
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     return m_model.upload();
 }
 
 Fault Camera::beginUpload(qint64 bodySize)
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     m_model.beginUpload(bodySize);
     return takeFault({"POST", QStringLiteral("/q4fw"), {}, {}, 0}, true);
 }
 
 void Camera::continueUpload(qint64 received)
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     m_model.continueUpload(received);
 }
 

@@ -5,11 +5,11 @@
 #include "sim/fault.h"
 #include "sim/request.h"
 
-#include <QMutex>
 #include <QObject>
 
 #include <map>
 #include <memory>
+#include <mutex>
 
 namespace q4sim
 {
@@ -119,7 +119,7 @@ private:
     void continueUpload(qint64 received);
 
     Config m_config;
-    mutable QRecursiveMutex m_mutex; ///< over all below but the two network objects
+    mutable std::recursive_mutex m_mutex; ///< over all below but the two network objects
     mutable CameraModel m_model;
     QList<Request> m_requests;
     std::map<Route, Fault> m_faults;

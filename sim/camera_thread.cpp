@@ -1,5 +1,8 @@
 #include "sim/camera_thread.h"
 
+#include <future>
+#include <memory>
+
 namespace q4sim
 {
 
@@ -19,15 +22,21 @@ CameraThread::~CameraThread()
 
 QString CameraThread::listen()
 {
-    QString text;
+    const auto text = std::make_shared<std::promise<QString>>();
     QMetaObject::invokeMethod(
-        &m_camera, [this] { return m_camera.listen(); }, Qt::BlockingQueuedConnection, &text);
-    return text;
+        &m_camera, [this, text] { text->set_value(m_camera.listen()); }, Qt::QueuedConnection);
+    return text->get_future().get();
 }
 
 void CameraThread::close()
 {
-    QMetaObject::invokeMethod(&m_camera, [this] { m_camera.close(); }, Qt::BlockingQueuedConnection);
+    const auto closed = std::make_shared<std::promise<void>>();
+    const auto close = [this, closed] {
+        m_camera.close();
+        closed->set_value();
+    };
+    QMetaObject::invokeMethod(&m_camera, close, Qt::QueuedConnection);
+    closed->get_future().get();
 }
 
 } // namespace q4sim

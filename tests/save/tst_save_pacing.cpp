@@ -165,7 +165,7 @@ private slots:
         QVERIFY2(grown < 32 * MiB, qPrintable(QString::number(grown)));
 #endif
         m_gate.release(100000);
-        QTRY_COMPARE(m_job->state(), SaveJob::Done);
+        QTRY_COMPARE_WITH_TIMEOUT(m_job->state(), SaveJob::Done, 60000);
     }
 
     void everyFrameComesInOrderHoweverSlowTheWorker()

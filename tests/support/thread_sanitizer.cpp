@@ -45,6 +45,21 @@ extern "C" bool __wrap__ZN7QThread4waitE14QDeadlineTimer(QThread *thread, QDeadl
     return ended;
 }
 
+// A call for another thread is as good as a signal.
+extern "C" bool
+__real__ZN11QMetaObject16invokeMethodImplEP7QObjectPN9QtPrivate15QSlotObjectBaseEN2Qt14ConnectionTypeExPKPKvPKPKcPKPKNS2_18QMetaTypeInterfaceE(
+    QObject *object, void *slot, Qt::ConnectionType type, qsizetype count, const void *const *values,
+    const char *const *names, const void *const *types);
+extern "C" bool
+__wrap__ZN11QMetaObject16invokeMethodImplEP7QObjectPN9QtPrivate15QSlotObjectBaseEN2Qt14ConnectionTypeExPKPKvPKPKcPKPKNS2_18QMetaTypeInterfaceE(
+    QObject *object, void *slot, Qt::ConnectionType type, qsizetype count, const void *const *values,
+    const char *const *names, const void *const *types)
+{
+    __tsan_release(&handOver);
+    return __real__ZN11QMetaObject16invokeMethodImplEP7QObjectPN9QtPrivate15QSlotObjectBaseEN2Qt14ConnectionTypeExPKPKvPKPKcPKPKNS2_18QMetaTypeInterfaceE(
+        object, slot, type, count, values, names, types);
+}
+
 #else
 
 void prepareThreadSanitizer() {}
