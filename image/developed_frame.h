@@ -6,7 +6,7 @@
 /** The buffers of one decoded frame. What is shared with a reader is replaced, not copied, by the next frame.
  */
 struct DevelopedFrame {
-    /** One that is saved may have a picture alone. */
+    /** One that is saved may have a picture alone, and takes one core: others are made at the same time. */
     enum class Use { Shown, Saved };
 
     Use use = Use::Shown;

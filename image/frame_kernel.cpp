@@ -11,14 +11,20 @@ namespace
 using FrameKernel::Buffers;
 using FrameKernel::CodeTable;
 using FrameKernel::ColorTables;
+using FrameKernel::Cores;
 using FrameKernel::MonoTables;
 
 /** Rows of one task: few enough to share the work out evenly, enough to make the rows around it cheap. */
 constexpr int RowsPerTask = 24;
 
 /** Calls work(first row, end row) for all rows of a frame. */
-template <class Work> void forRows(int height, const Work &work)
+template <class Work> void forRows(const Buffers &buffers, const Work &work)
 {
+    const int height = buffers.height;
+    if (buffers.cores == Cores::One) {
+        work(0, height);
+        return;
+    }
     const int tasks = (height + RowsPerTask - 1) / RowsPerTask;
     cv::parallel_for_(cv::Range(0, tasks), [&](const cv::Range &range) {
         work(range.start * RowsPerTask, std::min(height, range.end * RowsPerTask));
@@ -73,6 +79,19 @@ void developMonoPixels(const MonoPixels &pixels, const uchar *codes, int count, 
     raw[last] = pixel.raw;
     std::copy_n(pixel.samples.begin(), 3, image + 3 * last);
     std::copy_n(pixel.bytes.begin(), 3, picture + 3 * last);
+}
+
+/** Means to nearest, halves up, in arithmetic that never leaves 16 bits: twice as many go into a vector. */
+constexpr quint16 mean(quint16 a, quint16 b)
+{
+    return quint16(quint16(a | b) - quint16(quint16(a ^ b) >> 1));
+}
+
+constexpr quint16 mean(quint16 a, quint16 b, quint16 c, quint16 d)
+{
+    const auto quarters = quint16(quint16(a >> 2) + quint16(b >> 2) + quint16(c >> 2) + quint16(d >> 2));
+    const auto rests = quint16((a & 3) + (b & 3) + (c & 3) + (d & 3) + 2);
+    return quint16(quarters + quint16(rests >> 2));
 }
 
 /** Bilinear demosaicing and look-up of a range of rows. */
@@ -149,16 +168,17 @@ private:
 
         const int end = int(m_width) - 1;
         for (int x = 1; x < end; ++x) {
-            const quint32 beside = quint32(centre[x - 1]) + centre[x + 1];
-            const quint32 over = quint32(above[x]) + below[x];
-            const quint32 corners = quint32(above[x - 1]) + above[x + 1] + below[x - 1] + below[x + 1];
+            const quint16 beside = mean(centre[x - 1], centre[x + 1]);
+            const quint16 over = mean(above[x], below[x]);
+            const quint16 cross = mean(centre[x - 1], centre[x + 1], above[x], below[x]);
+            const quint16 corners = mean(above[x - 1], above[x + 1], below[x - 1], below[x + 1]);
             const auto atGreen = quint16(greenAtEven ^ (x & 1 ? 0xffff : 0));
-            const auto choose = [atGreen](quint32 onGreen, quint32 onColor) {
+            const auto choose = [atGreen](quint16 onGreen, quint16 onColor) {
                 return quint16((onGreen & atGreen) | (onColor & quint16(~atGreen)));
             };
-            green[x] = choose(centre[x], (beside + over + 2) >> 2);
-            own[x] = choose((beside + 1) >> 1, centre[x]);
-            other[x] = choose((over + 1) >> 1, (corners + 2) >> 2);
+            green[x] = choose(centre[x], cross);
+            own[x] = choose(beside, centre[x]);
+            other[x] = choose(over, corners);
         }
         for (quint16 *plane : {m_red.data(), m_green.data(), m_blue.data()}) {
             plane[0] = plane[1];
@@ -194,7 +214,7 @@ private:
 void FrameKernel::developMono(const MonoTables &tables, const Buffers &buffers)
 {
     const MonoPixels pixels = monoPixels(tables);
-    forRows(buffers.height, [&](int first, int end) {
+    forRows(buffers, [&](int first, int end) {
         const std::size_t start = std::size_t(first) * std::size_t(buffers.width);
         developMonoPixels(pixels, buffers.codes + start, (end - first) * buffers.width, buffers.raw + start,
                           buffers.image + 3 * start, buffers.picture + 3 * start);
@@ -203,7 +223,7 @@ void FrameKernel::developMono(const MonoTables &tables, const Buffers &buffers)
 
 void FrameKernel::developColor(const ColorTables &tables, const Buffers &buffers)
 {
-    forRows(buffers.height, [&](int first, int end) { ColorRows(tables, buffers).develop(first, end); });
+    forRows(buffers, [&](int first, int end) { ColorRows(tables, buffers).develop(first, end); });
 }
 
 quint16 FrameKernel::largestDifference(const quint16 *first, const quint16 *second, std::size_t count)

@@ -14,6 +14,9 @@ namespace FrameKernel
 {
 using CodeTable = std::array<quint16, 256>;
 
+/** What the rows of a frame spread over. */
+enum class Cores { All, One };
+
 /**
  * Where a frame comes from and where it goes; the buffers hold width x height samples or three times that. In
  * colour, raw and image may be null, where only the picture is wanted.
@@ -26,6 +29,7 @@ struct Buffers {
     quint16 *image;
     /** 8 bits a channel, rows without padding. */
     uchar *picture;
+    Cores cores = Cores::All;
 };
 
 struct MonoTables {

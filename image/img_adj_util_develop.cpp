@@ -98,7 +98,8 @@ void ImgAdjUtil::developFrame(const ImgAdjData &adj, QByteArrayView payload, qui
                                      [this](uchar code) { return m_lut8To16[code]; });
     std::fill(tail, frame.raw.end(), quint16(0));
 
-    const bool pictureAlone = frame.use == DevelopedFrame::Use::Saved && !mono;
+    const bool saved = frame.use == DevelopedFrame::Use::Saved;
+    const bool pictureAlone = saved && !mono;
     frame.marked = {};
     if (pictureAlone)
         frame.clean = {};
@@ -107,7 +108,8 @@ void ImgAdjUtil::developFrame(const ImgAdjData &adj, QByteArrayView payload, qui
                                        .height = frame.height,
                                        .raw = pictureAlone ? nullptr : frame.raw.data(),
                                        .image = pictureAlone ? nullptr : fresh(frame.clean, pixels * 3),
-                                       .picture = fresh(frame.picture, frame.width, frame.height)};
+                                       .picture = fresh(frame.picture, frame.width, frame.height),
+                                       .cores = saved ? FrameKernel::Cores::One : FrameKernel::Cores::All};
     if (mono)
         FrameKernel::developMono({.raw = &m_lut8To16, .lut = adj.lutG.constData()}, buffers);
     else

@@ -7,6 +7,9 @@
 #include <QBuffer>
 #include <QFile>
 #include <QImageWriter>
+#include <QThread>
+
+#include <algorithm>
 
 bool ImgFileWriter::start()
 {
@@ -18,13 +21,19 @@ bool ImgFileWriter::start()
 
 void ImgFileWriter::close(SaveJob::FinishState) {}
 
+/** Each takes the memory of some pictures, and one disk takes what a few of them make. */
+static constexpr int MaxLanes = 4;
+
 ImgFileWriterWorker::ImgFileWriterWorker(const PlaybackVeskObject &source, const FileNameTemplate &fileName)
     : m_fileName(fileName), m_geometry(frameGeometry(source)),
       m_yearOffset(source.yearOffsetValue()->variant().toULongLong()), m_imgAdj(source.imgAdjModel()->data()),
-      m_veskFrame(new VeskFrame(&m_imgAdj, this))
+      m_lanes(std::size_t(std::clamp(QThread::idealThreadCount(), 1, MaxLanes)))
 {
-    m_veskFrame->decodeInPlace();
-    m_veskFrame->decodeForSaving();
+    for (Lane &lane : m_lanes) {
+        lane.frame = new VeskFrame(&m_imgAdj, this);
+        lane.frame->decodeInPlace();
+        lane.frame->decodeForSaving();
+    }
 }
 
 void ImgFileWriterWorker::writeFrames(QByteArray data, qlonglong dataFrameCnt, qlonglong framesRead,
@@ -32,9 +41,8 @@ void ImgFileWriterWorker::writeFrames(QByteArray data, qlonglong dataFrameCnt, q
 {
     if (hasEnded())
         return;
-    const bool given = isWhole(data, dataFrameCnt, m_geometry.frameSize()) &&
-                       writeRecords(data, dataFrameCnt, framesRead - dataFrameCnt);
-    if (!lastIsWritten() || !given) {
+    const bool given = isWhole(data, dataFrameCnt, m_geometry.frameSize());
+    if (!given || !writeRecords(data, dataFrameCnt, framesRead - dataFrameCnt)) {
         failWriting();
         return;
     }
@@ -43,41 +51,37 @@ void ImgFileWriterWorker::writeFrames(QByteArray data, qlonglong dataFrameCnt, q
         emit finished(SaveJob::FinishDone);
 }
 
+/** Whether all are written. No image is written behind one that failed, and none is still at work at the end. */
 bool ImgFileWriterWorker::writeRecords(const QByteArray &data, qlonglong count, qlonglong firstIndex)
 {
     const qsizetype frameSize = qsizetype(m_geometry.frameSize());
-    for (qlonglong i = 0; i < count; ++i) {
+    std::shared_future<bool> before;
+    qlonglong i = 0;
+    for (; i < count; ++i) {
+        Lane &lane = m_lanes[std::size_t(i) % m_lanes.size()];
+        // The GUI thread may be waiting for the end: it gets it after these images, not after a whole chunk.
+        if (hasEnded() || (lane.written.valid() && !lane.written.get()))
+            break;
         const QByteArray record = QByteArray::fromRawData(data.constData() + i * frameSize, frameSize);
-        // The GUI thread may be waiting for the end: it gets it after this image, not after a whole chunk.
-        if (hasEnded() || !writeFrame(record, firstIndex + i))
-            return false;
+        before = lane.written = std::async(std::launch::async, [this, &lane, record, before, firstIndex, i] {
+            const bool encoded = encode(lane, record);
+            return (!before.valid() || before.get()) && encoded && write(lane, firstIndex + i);
+        });
     }
-    return true;
-}
-
-/** One image is written at a time, so that none follows one that failed. */
-bool ImgFileWriterWorker::writeFrame(const QByteArray &record, qlonglong frameIndex)
-{
-    if (!encode(record) || !lastIsWritten())
-        return false;
-    m_written.swap(m_encoded);
-    m_writing = std::async(std::launch::async, [this, frameIndex] { return writeEncoded(frameIndex); });
-    return true;
-}
-
-/** Waits for the image before, if there is one. */
-bool ImgFileWriterWorker::lastIsWritten()
-{
-    return !m_writing.valid() || m_writing.get();
+    // It waits for all before it.
+    const bool written = i == 0 || before.get();
+    for (Lane &lane : m_lanes)
+        lane.written = {};
+    return written && i == count;
 }
 
 /** An image that the disk does not take whole is removed again. */
-bool ImgFileWriterWorker::writeEncoded(qlonglong frameIndex) const
+bool ImgFileWriterWorker::write(const Lane &lane, qlonglong frameIndex) const
 {
     QFile file;
     if (!openFree(file, frameIndex))
         return false;
-    if (writeWhole(file, m_written) && closeWhole(file))
+    if (writeWhole(file, lane.encoded) && closeWhole(file))
         return true;
     file.remove();
     return false;
@@ -95,14 +99,14 @@ bool ImgFileWriterWorker::openFree(QFile &file, qlonglong frameIndex) const
 }
 
 /** Into memory: the image library does not tell of all that goes wrong with a file. */
-bool ImgFileWriterWorker::encode(const QByteArray &record)
+bool ImgFileWriterWorker::encode(Lane &lane, const QByteArray &record) const
 {
-    if (!m_veskFrame->set(record, m_geometry.width, m_geometry.height, m_geometry.imgSize(),
-                          m_geometry.metaSize, m_yearOffset))
+    if (!lane.frame->set(record, m_geometry.width, m_geometry.height, m_geometry.imgSize(),
+                         m_geometry.metaSize, m_yearOffset))
         return false;
     // The image library adds to what it finds.
-    m_encoded.resize(0);
-    QBuffer buffer(&m_encoded);
+    lane.encoded.resize(0);
+    QBuffer buffer(&lane.encoded);
     return buffer.open(QIODevice::WriteOnly) &&
-           QImageWriter(&buffer, QByteArrayLiteral("tiff")).write(m_veskFrame->image(false));
+           QImageWriter(&buffer, QByteArrayLiteral("tiff")).write(lane.frame->image(false));
 }

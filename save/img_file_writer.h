@@ -6,6 +6,7 @@
 #include "take/frame_geometry.h"
 
 #include <future>
+#include <vector>
 
 class PlaybackVeskObject;
 class QFile;
@@ -24,8 +25,8 @@ public:
 };
 
 /**
- * Decodes, adjusts and writes the frames. Lives on the writer's thread. While it works on an image, the disk
- * takes the one before from a thread that lasts as long as that.
+ * Decodes, adjusts and writes the frames. Lives on the writer's thread. A few images are made at the same
+ * time, each on a thread that lasts as long as that, and written one after the other.
  */
 class ImgFileWriterWorker : public VeskWriterWorker
 {
@@ -39,11 +40,18 @@ public:
                      qlonglong framesRemaining) override;
 
 private:
+    /** Makes one image after the other. */
+    struct Lane {
+        VeskFrame *frame;
+        /** The file of the image. */
+        QByteArray encoded;
+        /** Whether the image, and all before it, are written. */
+        std::shared_future<bool> written;
+    };
+
     bool writeRecords(const QByteArray &data, qlonglong count, qlonglong firstIndex);
-    bool writeFrame(const QByteArray &record, qlonglong frameIndex);
-    bool encode(const QByteArray &record);
-    bool writeEncoded(qlonglong frameIndex) const;
-    bool lastIsWritten();
+    bool encode(Lane &lane, const QByteArray &record) const;
+    bool write(const Lane &lane, qlonglong frameIndex) const;
     bool openFree(QFile &file, qlonglong frameIndex) const;
 
     FileNameTemplate m_fileName;
@@ -51,11 +59,5 @@ private:
     /** Seconds since 1970. */
     quint64 m_yearOffset;
     ImgAdjData m_imgAdj;
-    VeskFrame *m_veskFrame;
-    /** The file of the image at work. */
-    QByteArray m_encoded;
-    /** That of the image before, which belongs to its thread until that has ended. */
-    QByteArray m_written;
-    /** Goes first, and waits for the thread. */
-    std::future<bool> m_writing;
+    std::vector<Lane> m_lanes;
 };

@@ -43,7 +43,7 @@ public:
      * may leave the one before in pieces.
      */
     void decodeInPlace() { m_inPlace = true; }
-    /** From now on a frame is decoded for image(false), which may be all that there is of it. */
+    /** From now on a frame is decoded for image(false), which may be all that there is of it, on one core. */
     void decodeForSaving() { m_frame.use = m_nextFrame.use = DevelopedFrame::Use::Saved; }
 
     /**
