@@ -20,11 +20,11 @@ Q_DECLARE_OPERATORS_FOR_FLAGS(Colors)
 inline constexpr Colors AllColors = Colors(R) | G | B;
 
 /** What a save writes. The values are kept in the settings. */
-enum Format { FormatVesk = 0, FormatAvi = 1, FormatMp4 = 2, FormatTiff = 3 };
+enum Format : int { FormatVesk = 0, FormatAvi = 1, FormatMp4 = 2, FormatTiff = 3 };
 Q_ENUM_NS(Format)
 
 /** How a save codes its frames. The values are kept in the settings. */
-enum Codec {
+enum Codec : int {
     CodecVesk = 0,
     CodecRaw_BGR24 = 1,
     CodecRaw_RGB24 = 2,

@@ -43,7 +43,7 @@ class SaveJob : public QObject
     Q_PROPERTY(QString error READ error NOTIFY errorChanged)
 
 public:
-    enum Dest { FileDest = 0, SsdDest = 1 };
+    enum Dest : int { FileDest = 0, SsdDest = 1 };
     Q_ENUM(Dest)
     /** The numbers are those of VeskObject::Type. */
     enum SourceType {

@@ -19,7 +19,7 @@ class SaveManager : public QObject
     Q_PROPERTY(QQmlObjectListModelBase *saveJobs READ saveJobs CONSTANT)
 
 public:
-    enum SaveDest { FileDest = 0, SsdDest = 1 };
+    enum SaveDest : int { FileDest = 0, SsdDest = 1 };
     Q_ENUM(SaveDest)
 
     explicit SaveManager(QObject *parent);
