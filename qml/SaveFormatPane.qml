@@ -50,10 +50,32 @@ SaveForm {
         }
     }
     SaveLabel {
+        text: qsTr("Frame Rate:")
+        visible: root.target.isVideo
+    }
+    SaveFrameRate {
+        Layout.columnSpan: 3
+        target: root.target
+        visible: root.target.isVideo
+    }
+    SaveLabel {
+        text: qsTr("Quality:")
+        visible: root.target.worstQuality > 0
+    }
+    SaveQuality {
+        Layout.columnSpan: 3
+        Layout.fillWidth: true
+        target: root.target
+        visible: root.target.worstQuality > 0
+    }
+    // How well a film compresses is known only when it is made.
+    SaveLabel {
         text: qsTr("Est. File Size:")
+        visible: root.target.format !== Util.FormatMp4
     }
     SaveValue {
         name: qsTr("Est. File Size")
+        visible: root.target.format !== Util.FormatMp4
         text: Qt.locale().formattedDataSize(App.instance.saveManager.estFileSize(root.source, root.range.frCnt,
                                                                                  root.target.format, root.target.codec),
                                             2, Locale.DataSizeSIFormat)

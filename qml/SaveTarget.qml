@@ -13,6 +13,41 @@ QtObject {
             "codecs": []
         },
         {
+            "text": qsTr("AVI"),
+            "format": Util.FormatAvi,
+            "codecs": [
+                {
+                    "text": qsTr("RAW - BGR24"),
+                    "codec": Util.CodecRaw_BGR24
+                },
+                {
+                    "text": qsTr("RAW - Gray8"),
+                    "codec": Util.CodecRaw_Gray8
+                }
+            ]
+        },
+        {
+            "text": qsTr("MP4"),
+            "format": Util.FormatMp4,
+            "codecs": [
+                {
+                    "text": qsTr("AV1 - YUV420P"),
+                    "codec": Util.CodecAV1_YUV420P,
+                    "worstQuality": 63
+                },
+                {
+                    "text": qsTr("AV1 - YUV420P10"),
+                    "codec": Util.CodecAV1_YUV420P10,
+                    "worstQuality": 63
+                },
+                {
+                    "text": qsTr("H.264 - YUV420P"),
+                    "codec": Util.CodecH264,
+                    "worstQuality": 51
+                }
+            ]
+        },
+        {
             "text": qsTr("TIFF"),
             "format": Util.FormatTiff,
             "codecs": [
@@ -29,18 +64,33 @@ QtObject {
     readonly property int format: formats[formatIndex].format
     readonly property list<var> codecs: formats[formatIndex].codecs
     readonly property int codec: codecs[codecIndex]?.codec ?? Util.CodecVesk
-    property real frameRate: 30
-    property int quality: 15
+    readonly property bool isVideo: format === Util.FormatAvi || format === Util.FormatMp4
+    /** Of the video, in frames per second. */
+    property real frameRate: defaultFrameRate
+    readonly property real lowestFrameRate: 1
+    readonly property real highestFrameRate: 240
+    readonly property real defaultFrameRate: 30
+    /** The largest quantiser of a codec that compresses, 0 for the others. */
+    readonly property int worstQuality: codecs[codecIndex]?.worstQuality ?? 0
+    /** A quantiser: less is better. */
+    readonly property int quality: worstQuality > 0 ? Math.max(1, Math.min(chosenQuality, worstQuality)) : chosenQuality
+    property int chosenQuality: 15
     property string fileName: ""
     property string folder: ""
 
+    function storedNumber(key: string, fallback: real): real {
+        const number = Number(App.instance.setting(key, fallback));
+        return isNaN(number) ? fallback : number;
+    }
+
     function load() {
-        const format = Number(App.instance.setting("save/format", Util.FormatVesk));
+        const format = root.storedNumber("save/format", Util.FormatVesk);
         root.formatIndex = Math.max(0, root.formats.findIndex(entry => entry.format === format));
-        const codec = Number(App.instance.setting("save/codec", -1));
+        const codec = root.storedNumber("save/codec", -1);
         root.codecIndex = Math.max(0, root.codecs.findIndex(entry => entry.codec === codec));
-        root.frameRate = Number(App.instance.setting("save/fr_rate", root.frameRate));
-        root.quality = Number(App.instance.setting("save/quality", root.quality));
+        const frameRate = root.storedNumber("save/fr_rate", root.defaultFrameRate);
+        root.frameRate = Math.max(root.lowestFrameRate, Math.min(frameRate, root.highestFrameRate));
+        root.chosenQuality = root.storedNumber("save/quality", root.chosenQuality);
         root.fileName = App.instance.setting("save/filename", App.instance.currentDateTime());
         const documents = StandardPaths.writableLocation(StandardPaths.DocumentsLocation);
         root.folder = App.instance.setting("save/folder", App.instance.filePathFromUrl(documents.toString()));

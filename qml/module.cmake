@@ -4,28 +4,29 @@ set(vesk_singletons App Theme)
 set(vesk_views
   AboutMenuBar AboutText AboutView AdjTextField AdjustmentRow AllTakesRecordedDialog Banner BannerText
   BrefBanner BrefModeRow BrefSlotsFullDialog CameraAcqControl CameraAcqSettings CameraConnectDialog
-  CameraConnectMenuItem CameraControlBar CameraControlView CameraDisconnectMenuItem CameraFrameBufferControl
-  CameraFWControl CameraIOControl CameraIOPane CameraMainControl CameraMenuBar CameraNameEditDialog CameraTab
-  CameraTabSsdRow CollapsiblePane ColorAdjControl ColorAdjRow ComboRow ConfirmDialog ControlBarBackground
-  ControlBarEdge ControlBarFlickable ControlButton ControlComboBox ControlGrid ControlRow ControlValueRow
-  DialogButton DialogFooter DialogForm DialogLabel DialogLoader DialogWindow EditableValueRow ElidedLabel
-  ExitMenuItem FieldEdit FileDialogLoader FlatTextField FocusButtons FocusFollower FrameField FWUpdateDialog
-  HelpMenu Icon IconButton IconMenuItem ImgAdjControl ImgAdjRow ImgFrameScrollBar ImgFrameView
-  ImgSearchControl ImgToolsControl IOSpinBox IOTimingRow LensInfoControl LensShutterControl LogSlider
-  MainWindow MarkerButton NumberField NumberRow PartitionDialog PixelReadout PlainComboBox
-  PlaybackCameraControl PlaybackControl PlaybackControlBar PlaybackFrameRow PlaybackInfoRows PlaybackPane
-  PlaybackScrubber PlaybackSearchRow PlaybackSettings PlaybackTimeline PlaybackTransport PlaybackView
-  PlayButton PositiveValidator PressButton RadioMenuItem RefusalDialog SaveActions SaveBanner SaveButton
-  SaveCell SaveChoice SaveColumns SaveDestinationPane SaveDialog SaveDialogLoader SaveForm SaveFormatPane
-  SaveFrameField SaveHeaderCell SaveLabel SaveMenuItem SaveNameField SaveProgressHeader SaveProgressRow
-  SaveProgressView SaveRange SaveSourcePane SaveStatus SaveTarget SaveValue ScrubberMarker ScrubberPlayHead
-  SkipButton SourceDialogs SourceTabBox SsdAutosaveControl SsdAutosaveNameEditDialog SsdControl
-  SsdFormatDialog TabBarButton TabBox TakeControlBar TakeDeleteDialog TakeDeleteMenuItem TakeDeletion
-  TakeInfoControl TakeLockedDialog TakeMenuBar TakesDeleteAllDialog TakesDeleteAllMenuItem TakeTab TakeView
-  TransformButton TransportButton UnitsComboBox UnitsComboField UnitsComboRow UnitsTextField VeskButton
-  VeskFileCloseMenuItem VeskFileControlBar VeskFileInfoControl VeskFileMenuBar VeskFileOpenDialog
-  VeskFileOpenMenuItem VeskFileTab VeskFileView VeskMenuBar VeskSpinBox VeskTabBar VideoControl ViewMenu
-  WholeNumberValidator ZoomMenuItem)
+  CameraConnectMenuItem CameraControlBar CameraControlView CameraDisconnectMenuItem
+  CameraFrameBufferControl CameraFWControl CameraIOControl CameraIOPane CameraMainControl CameraMenuBar
+  CameraNameEditDialog CameraTab CameraTabSsdRow CollapsiblePane ColorAdjControl ColorAdjRow ComboRow
+  ConfirmDialog ControlBarBackground ControlBarEdge ControlBarFlickable ControlButton ControlComboBox
+  ControlGrid ControlRow ControlValueRow DialogButton DialogFooter DialogForm DialogLabel DialogLoader
+  DialogWindow EditableValueRow ElidedLabel ExitMenuItem FieldEdit FileDialogLoader FlatTextField
+  FocusButtons FocusFollower FrameField FWUpdateDialog HelpMenu Icon IconButton IconMenuItem ImgAdjControl
+  ImgAdjRow ImgFrameScrollBar ImgFrameView ImgSearchControl ImgToolsControl IOSpinBox IOTimingRow
+  LensInfoControl LensShutterControl LogSlider MainWindow MarkerButton NumberField NumberRow
+  PartitionDialog PixelReadout PlainComboBox PlaybackCameraControl PlaybackControl PlaybackControlBar
+  PlaybackFrameRow PlaybackInfoRows PlaybackPane PlaybackScrubber PlaybackSearchRow PlaybackSettings
+  PlaybackTimeline PlaybackTransport PlaybackView PlayButton PositiveValidator PressButton RadioMenuItem
+  RefusalDialog SaveActions SaveBanner SaveButton SaveCell SaveChoice SaveColumns SaveDestinationPane
+  SaveDialog SaveDialogLoader SaveForm SaveFormatPane SaveFrameField SaveFrameRate SaveHeaderCell SaveLabel
+  SaveMenuItem SaveNameField SaveProgressHeader SaveProgressRow SaveProgressView SaveQuality SaveRange
+  SaveSourcePane SaveStatus SaveTarget SaveValue ScrubberMarker ScrubberPlayHead SkipButton SourceDialogs
+  SourceTabBox SsdAutosaveControl SsdAutosaveNameEditDialog SsdControl SsdFormatDialog TabBarButton TabBox
+  TakeControlBar TakeDeleteDialog TakeDeleteMenuItem TakeDeletion TakeInfoControl TakeLockedDialog
+  TakeMenuBar TakesDeleteAllDialog TakesDeleteAllMenuItem TakeTab TakeView TransformButton TransportButton
+  UnitsComboBox UnitsComboField UnitsComboRow UnitsTextField VeskButton VeskFileCloseMenuItem
+  VeskFileControlBar VeskFileInfoControl VeskFileMenuBar VeskFileOpenDialog VeskFileOpenMenuItem
+  VeskFileTab VeskFileView VeskMenuBar VeskSpinBox VeskTabBar VideoControl ViewMenu WholeNumberValidator
+  ZoomMenuItem)
 
 set(vesk_qml_files)
 foreach(view IN LISTS vesk_singletons vesk_views)
