@@ -5,6 +5,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QProcess>
 #include <QTest>
 #include <QtEndian>
 
@@ -71,6 +72,8 @@ private slots:
     void nativeFileOpensFromTheListAndPlays();
     void openedFileIsSavedAgainByteByByte();
     void openedFileClosesFromItsMenu();
+    void filmsShowTheTrimmedFrames_data();
+    void filmsShowTheTrimmedFrames();
     void windowClosesInMidSave();
 
 private:
@@ -86,10 +89,14 @@ private:
     /// Clicks a place of the bar; the frame that then rests there.
     int rest(double place, QPoint beside = {});
 
+    /// What a program tells that is given a film, on both channels.
+    static QString run(const QString &program, const QStringList &arguments);
+
     Session m_session;
     SaveDialog m_dialog{m_session};
     int m_a = 0;
     int m_b = 0;
+    int m_saves = 3; ///< in the list when the films begin
 };
 
 void TestTakeSave::initTestCase()
@@ -118,6 +125,16 @@ bool TestTakeSave::isComplete(int row)
 {
     const QRect button = layout().savesOpenButton(row);
     return QTest::qWaitFor([&] { return Session::count(m_session.window(), button, isWhite) > 20; }, 30000);
+}
+
+QString TestTakeSave::run(const QString &program, const QStringList &arguments)
+{
+    QProcess process;
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start(program, arguments);
+    if (!process.waitForFinished(60000))
+        return program + u" does not end"_s;
+    return QString::fromUtf8(process.readAll()).trimmed();
 }
 
 int TestTakeSave::rest(double place, QPoint beside)
@@ -171,7 +188,7 @@ void TestTakeSave::imagesShowTheTrimmedFrames()
     openTake();
     QVERIFY(m_dialog.open(layout().widget(u"Save..."_s).center()));
     QVERIFY(m_dialog.setName(u"img_<fr>"_s));
-    QVERIFY(m_dialog.setFormat(0, 1));
+    QVERIFY(m_dialog.setFormat(0, 3));
     m_dialog.keepPicture(u"save-dialog-images"_s);
     QVERIFY(m_dialog.save());
     QVERIFY(isComplete(1));
@@ -190,7 +207,7 @@ void TestTakeSave::cancelledSaveLeavesNothingBehind()
     QVERIFY(m_session.camera.dripFrames(300, 300'000));
     QVERIFY(m_dialog.open(layout().widget(u"Save..."_s).center()));
     QVERIFY(m_dialog.setName(u"cancelled"_s));
-    QVERIFY(m_dialog.setFormat(1, 0));
+    QVERIFY(m_dialog.setFormat(2, 0));
     QVERIFY(m_dialog.save());
     QTRY_VERIFY(QFileInfo(path(u"cancelled.vesk"_s)).size() > 1'000'000);
     // The picture of the take stands still meanwhile, and tells so.
@@ -264,6 +281,56 @@ void TestTakeSave::openedFileClosesFromItsMenu()
     QVERIFY(m_session.pickFromFileMenu(3));
     QVERIFY(m_session.wait([&](const QImage &) { return !frame(); }));
     m_session.keepPicture(u"file-closed"_s);
+}
+
+void TestTakeSave::filmsShowTheTrimmedFrames_data()
+{
+    QTest::addColumn<int>("before");
+    QTest::addColumn<int>("format");
+    QTest::addColumn<int>("codec");
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("coded");
+    QTest::addColumn<bool>("coloured");
+    QTest::newRow("raw") << 0 << 1 << 0 << u"raw.avi"_s << u"rawvideo,bgr24"_s << true;
+    QTest::newRow("gray") << 1 << 1 << 1 << u"gray.avi"_s << u"rawvideo,gray"_s << false;
+    QTest::newRow("AV1") << 1 << 2 << 0 << u"av1.mp4"_s << u"av1,yuv420p"_s << true;
+    QTest::newRow("AV1 of 10 bits") << 2 << 2 << 1 << u"deep.mp4"_s << u"av1,yuv420p10le"_s << true;
+    QTest::newRow("H.264") << 2 << 2 << 2 << u"h264.mp4"_s << u"h264,yuv420p"_s << true;
+}
+
+/// What a program that is not ours says of a film, and shows of it.
+void TestTakeSave::filmsShowTheTrimmedFrames()
+{
+    QFETCH(const QString, name);
+    QFETCH(const int, codec);
+    openTake();
+    QVERIFY(m_dialog.open(layout().widget(u"Save..."_s).center()));
+    QVERIFY(m_dialog.setName(QFileInfo(name).baseName()));
+    QFETCH(const int, before);
+    QFETCH(const int, format);
+    QVERIFY(m_dialog.setFormat(before, format));
+    QVERIFY(m_dialog.setCodec(before == format ? codec - 1 : 0, codec));
+    m_dialog.keepPicture(u"save-dialog-"_s + name);
+    QVERIFY(m_dialog.save());
+    QVERIFY(isComplete(m_saves++));
+    QTEST(run(u"ffprobe"_s, {u"-v"_s, u"error"_s, u"-show_entries"_s, u"stream=codec_name,pix_fmt"_s,
+                             u"-of"_s, u"csv=p=0"_s, path(name)}),
+          "coded");
+    const QString pictures = path(name) + u"_%d.png"_s;
+    const auto picture = [&](int number) { return path(name) + u"_%1.png"_s.arg(number - m_a); };
+    QCOMPARE(
+        run(u"ffmpeg"_s, {u"-v"_s, u"error"_s, u"-i"_s, path(name), u"-start_number"_s, u"0"_s, pictures}),
+        QString());
+    QCOMPARE(files(name + u"_*.png"_s).size(), m_b - m_a + 1);
+    QFETCH(const bool, coloured);
+    for (const int number : {m_a, (m_a + m_b) / 2, m_b}) {
+        const QImage image(picture(number));
+        QCOMPARE(image.size(), QSize(640, 480));
+        const ShownPicture shown(image.convertToFormat(QImage::Format_RGB32), image.rect(), {});
+        QCOMPARE(shown.frameNumber(), number);
+        QCOMPARE(shown.barsInPlace(), coloured);
+    }
+    Screen::keep(QImage(picture(m_a)), name);
 }
 
 void TestTakeSave::windowClosesInMidSave()
