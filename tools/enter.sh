@@ -66,7 +66,7 @@ if [ "$VESK_NETWORK" = private ]; then
 fi
 
 # A compiler or a Qt of the host must not be found by way of its variables.
-variables=("VESK_ENVIRONMENT=$VESK_NETWORK" "HOME=$home" LC_ALL=C.UTF-8 "VESK_CACHE=$VESK_CACHE"
+variables=("VESK_ENVIRONMENT=$VESK_NETWORK" "HOME=$home" LC_ALL=C.UTF-8 "VESK_CACHE=$VESK_CACHE" "VESK_FFMPEG=$VESK_FFMPEG"
     PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin
     "CCACHE_DIR=$VESK_CACHE/ccache" "CCACHE_BASEDIR=$VESK_CHECKOUT" CCACHE_NOHASHDIR=1)
 while IFS='=' read -r -d '' name value; do

@@ -16,6 +16,18 @@ packages() {
     sed 's/#.*//' "$here/tools/packages.txt" | tr -s ' \n' ' '
 }
 
+# What the environment is made of, as text: a change of it gives the environment another name.
+ingredients() {
+    packages
+    uname -m
+    cat -- "$here/tools/ffmpeg.sh"
+}
+
+make_ffmpeg() {
+    step "FFmpeg with the encoders of the program" "$@" sh -c "$(cat -- "$here/tools/ffmpeg.sh")" ffmpeg.sh "$ffmpeg" ||
+        die "FFmpeg could not be fetched and built; is there a network?"
+}
+
 # The host itself serves when it is Debian 13 or later (a release in the making has no number).
 host_serves() {
     local ID="" VERSION_ID=""
@@ -111,6 +123,22 @@ provide_host() {
         die "the packages could not be installed"
 }
 
+# The libraries that the encoders are in may change with every upgrade of the host.
+provide_host_ffmpeg() {
+    local hash
+    hash=$({ ingredients; dpkg-query -W libopenh264-dev libsvtav1enc-dev; } | sha256sum | cut -c 1-12)
+    ffmpeg=$cache/ffmpeg-$hash
+    [ -d "$ffmpeg" ] && return
+    with_lock "$ffmpeg.lock" "another run builds FFmpeg; waiting for it" make_host_ffmpeg
+}
+
+make_host_ffmpeg() {
+    [ -d "$ffmpeg" ] && return 0
+    log=$ffmpeg.log
+    : >"$log"
+    make_ffmpeg supervise
+}
+
 # ---- a private tree as the environment
 
 # The mirror in the host's own sources, empty when none names one. Debian's mirrors carry all releases.
@@ -169,6 +197,7 @@ fill_base() {
         rm -f -- "$part/.base-done"
         die "the packages could not be installed; the next run begins anew"
     }
+    [ -d "$part$ffmpeg" ] || make_ffmpeg in_part
 }
 
 make_tree() {
@@ -188,9 +217,10 @@ make_tree() {
 
 provide_tree() {
     local hash
-    hash=$({ packages; uname -m; } | sha256sum | cut -c 1-12)
+    hash=$(ingredients | sha256sum | cut -c 1-12)
     tree=$cache/$release-$hash
     part=$tree.part
+    ffmpeg=/opt/vesk-ffmpeg
     [ -d "$tree" ] && return
     with_lock "$tree.lock" "another run is setting up the environment; waiting for it" make_tree
 }
@@ -212,7 +242,12 @@ enter() {
     local net="--net --ipc" code=0 free
     mkdir -p -- "$cache/scratch" 2>/dev/null || die "the cache folder $cache cannot be written"
     check_namespaces
-    if host_serves; then provide_host; else provide_tree; fi
+    if host_serves; then
+        provide_host
+        provide_host_ffmpeg
+    else
+        provide_tree
+    fi
     free=$(free_mb "$here")
     [ -d "$here/build" ] || [ "$free" -ge "$build_mb" ] ||
         die "building needs $build_mb MB in $here, $free MB are free"
@@ -224,6 +259,7 @@ enter() {
     chmod 1777 -- "$scratch/tmp"
     trap 'rm -rf --one-file-system -- "$scratch"' EXIT
 
+    export VESK_FFMPEG=$ffmpeg
     export VESK_NETWORK=$1 VESK_TREE=$tree VESK_SCRATCH=$scratch VESK_CACHE=$cache VESK_CHECKOUT=$here
     shift
     # A real display shares pictures through the host's shared memory.
