@@ -6,8 +6,11 @@
 /** The buffers of one decoded frame. What is shared with a reader is replaced, not copied, by the next frame.
  */
 struct DevelopedFrame {
-    /** One that is saved may have a picture alone, and takes one core: others are made at the same time. */
-    enum class Use { Shown, Saved };
+    /**
+     * Of one that is saved there may be its picture alone, for an image, or its marked samples alone, for a
+     * film; it takes one core, as others are made at the same time.
+     */
+    enum class Use { Shown, SavedImage, SavedVideo };
 
     Use use = Use::Shown;
     /** The mosaic as received, widened to 16 bits, in sensor geometry. */

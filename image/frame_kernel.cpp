@@ -1,5 +1,7 @@
 #include "image/frame_kernel.h"
 
+#include "image/sample_depth.h"
+
 #include <opencv2/core/utility.hpp>
 
 #include <algorithm>
@@ -31,16 +33,10 @@ template <class Work> void forRows(const Buffers &buffers, const Work &work)
     });
 }
 
-/** 16 to 8 bits, to nearest: v / 257 rounded, in arithmetic that never leaves 16 bits. */
-constexpr uchar reduced(quint16 sample)
-{
-    return uchar(quint16(sample - (sample >> 8) + 127 + (sample >> 15)) >> 8);
-}
-
 void reduceRow(const quint16 *samples, int count, uchar *bytes)
 {
     for (int i = 0; i < count; ++i)
-        bytes[i] = reduced(samples[i]);
+        bytes[i] = to8Bits(samples[i]);
 }
 
 /** What one code becomes in a monochrome frame: a pixel of three equal samples, ready to be stored at once.
@@ -59,7 +55,7 @@ MonoPixels monoPixels(const MonoTables &tables)
         MonoPixel &pixel = pixels[code];
         pixel.raw = (*tables.raw)[code];
         pixel.samples.fill(tables.lut[pixel.raw]);
-        pixel.bytes.fill(reduced(pixel.samples[0]));
+        pixel.bytes.fill(to8Bits(pixel.samples[0]));
     }
     return pixels;
 }
@@ -195,7 +191,8 @@ private:
             image[3 * x + 1] = m_tables.lutG[m_green[x]];
             image[3 * x + 2] = m_tables.lutR[m_red[x]];
         }
-        reduceRow(image, int(3 * m_width), m_buffers.picture + start);
+        if (m_buffers.picture)
+            reduceRow(image, int(3 * m_width), m_buffers.picture + start);
     }
 
     const ColorTables &m_tables;

@@ -19,7 +19,7 @@ enum class Cores { All, One };
 
 /**
  * Where a frame comes from and where it goes; the buffers hold width x height samples or three times that. In
- * colour, raw and image may be null, where only the picture is wanted.
+ * colour, what is not wanted may be null.
  */
 struct Buffers {
     const uchar *codes;

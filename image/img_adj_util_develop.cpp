@@ -98,18 +98,23 @@ void ImgAdjUtil::developFrame(const ImgAdjData &adj, QByteArrayView payload, qui
                                      [this](uchar code) { return m_lut8To16[code]; });
     std::fill(tail, frame.raw.end(), quint16(0));
 
-    const bool saved = frame.use == DevelopedFrame::Use::Saved;
-    const bool pictureAlone = saved && !mono;
+    using Use = DevelopedFrame::Use;
+    const bool saved = frame.use != Use::Shown;
+    const bool withSamples = mono || frame.use != Use::SavedImage;
+    const bool withPicture = mono || frame.use != Use::SavedVideo;
     frame.marked = {};
-    if (pictureAlone)
+    if (!withSamples)
         frame.clean = {};
-    const FrameKernel::Buffers buffers{.codes = codes,
-                                       .width = frame.width,
-                                       .height = frame.height,
-                                       .raw = pictureAlone ? nullptr : frame.raw.data(),
-                                       .image = pictureAlone ? nullptr : fresh(frame.clean, pixels * 3),
-                                       .picture = fresh(frame.picture, frame.width, frame.height),
-                                       .cores = saved ? FrameKernel::Cores::One : FrameKernel::Cores::All};
+    if (!withPicture)
+        frame.picture = {};
+    const FrameKernel::Buffers buffers{
+        .codes = codes,
+        .width = frame.width,
+        .height = frame.height,
+        .raw = saved && !mono ? nullptr : frame.raw.data(),
+        .image = withSamples ? fresh(frame.clean, pixels * 3) : nullptr,
+        .picture = withPicture ? fresh(frame.picture, frame.width, frame.height) : nullptr,
+        .cores = saved ? FrameKernel::Cores::One : FrameKernel::Cores::All};
     if (mono)
         FrameKernel::developMono({.raw = &m_lut8To16, .lut = adj.lutG.constData()}, buffers);
     else

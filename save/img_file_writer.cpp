@@ -32,7 +32,7 @@ ImgFileWriterWorker::ImgFileWriterWorker(const PlaybackVeskObject &source, const
     for (Lane &lane : m_lanes) {
         lane.frame = new VeskFrame(&m_imgAdj, this);
         lane.frame->decodeInPlace();
-        lane.frame->decodeForSaving();
+        lane.frame->decodeFor(DevelopedFrame::Use::SavedImage);
     }
 }
 

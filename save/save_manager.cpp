@@ -6,6 +6,7 @@
 #include "file/vesk_file_save_job.h"
 #include "save/img_file_save_job.h"
 #include "save/save_job_queue.h"
+#include "save/video_file_save_job.h"
 #include "take/frame_geometry.h"
 #include "take/playback_vesk_object.h"
 #include "take/take.h"
@@ -38,9 +39,6 @@ SaveJob *SaveManager::createSaveJob(PlaybackVeskObject *source, qlonglong startF
                                     SaveDest dest, Util::Format format, Util::Codec codec, double frameRate,
                                     int quality, const QString &fileName, const QString &folderPath)
 {
-    Q_UNUSED(codec)
-    Q_UNUSED(frameRate)
-    Q_UNUSED(quality)
     const FileNameTemplate name(folderPath, fileName, format, startFr);
     const std::optional<SaveSource> from = saveSource(source);
     SaveJob *job = nullptr;
@@ -50,6 +48,8 @@ SaveJob *SaveManager::createSaveJob(PlaybackVeskObject *source, qlonglong startF
         job = new VeskFileSaveJob(*from, startFr, frCnt, name, this);
     else if (format == Util::FormatTiff)
         job = new ImgFileSaveJob(*from, startFr, frCnt, format, name, this);
+    else if (format == Util::FormatAvi || format == Util::FormatMp4)
+        job = new VideoFileSaveJob(*from, startFr, frCnt, format, codec, frameRate, quality, name, this);
     else
         return nullptr;
     m_saveJobs->append(job);

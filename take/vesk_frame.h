@@ -43,8 +43,8 @@ public:
      * may leave the one before in pieces.
      */
     void decodeInPlace() { m_inPlace = true; }
-    /** From now on a frame is decoded for image(false), which may be all that there is of it, on one core. */
-    void decodeForSaving() { m_frame.use = m_nextFrame.use = DevelopedFrame::Use::Saved; }
+    /** From now on a frame is decoded on one core for image(false) or for marked(), and may have no more. */
+    void decodeFor(DevelopedFrame::Use use) { m_frame.use = m_nextFrame.use = use; }
 
     /**
      * Decodes and adjusts a received frame. Pixels that the record promises but does not hold are 0. False,

@@ -1,0 +1,127 @@
+#include "save/video_file_writer.h"
+
+#include "save/file_save_job.h"
+#include "save/video_encoder.h"
+#include "take/playback_vesk_object.h"
+#include "take/vesk_frame.h"
+
+#include <QCoreApplication>
+#include <QFile>
+
+#include <algorithm>
+
+bool VideoFileWriter::start()
+{
+    const QString suffix = job()->fileNameTemplate().freeSuffix(0);
+    if (!suffix.isEmpty())
+        job()->appendToFileName(suffix);
+    m_encoder = newEncoder();
+    if (!m_encoder->open()) {
+        setError(QStringLiteral("can't open file for writing"));
+        m_encoder->deleteLater();
+        return false;
+    }
+    connect(qApp, &QCoreApplication::aboutToQuit, this, &VideoFileWriter::endWithProgram);
+    startWorker(std::make_unique<VideoFileWriterWorker>(*job()->source(), m_encoder),
+                QStringLiteral("VideoFileWriter Thread"));
+    return true;
+}
+
+VideoEncoder *VideoFileWriter::newEncoder()
+{
+    const FrameGeometry geometry = frameGeometry(*job()->source());
+    // Half a turn changes the sides as well: the film's rows then go on in the middle of the frame's.
+    const bool turned = job()->source()->imgAdjModel()->rotate().toInt() != 0;
+    return new VideoEncoder(job()->fileNameTemplate().filePath(0, {}),
+                            turned ? geometry.height : geometry.width,
+                            turned ? geometry.width : geometry.height, geometry.metaSize, job()->format(),
+                            job()->codec(), job()->frameRate(), job()->quality(), this);
+}
+
+/** The film gets its end, without which it may not be playable; the saves that wait behind are not begun. */
+void VideoFileWriter::endWithProgram()
+{
+    disconnect(this, nullptr, job(), nullptr);
+    finish(SaveJob::FinishError, {});
+}
+
+void VideoFileWriter::close(SaveJob::FinishState state)
+{
+    if (m_encoder->isOpen())
+        m_encoder->close();
+    m_encoder->deleteLater();
+    if (state == SaveJob::FinishCancelled)
+        QFile::remove(job()->fileNameTemplate().filePath(0, {}));
+}
+
+/** Each takes the memory of some pictures, and one encoder takes what a few of them make. */
+static constexpr int MaxLanes = 4;
+
+VideoFileWriterWorker::VideoFileWriterWorker(const PlaybackVeskObject &source, VideoEncoder *encoder)
+    : m_encoder(encoder), m_geometry(frameGeometry(source)),
+      m_yearOffset(source.yearOffsetValue()->variant().toULongLong()), m_imgAdj(source.imgAdjModel()->data()),
+      m_lanes(std::size_t(std::clamp(QThread::idealThreadCount(), 1, MaxLanes)))
+{
+    for (Lane &lane : m_lanes) {
+        lane.frame = new VeskFrame(&m_imgAdj, this);
+        lane.frame->decodeInPlace();
+        lane.frame->decodeFor(DevelopedFrame::Use::SavedVideo);
+        lane.picture = m_encoder->newPicture();
+    }
+}
+
+VideoFileWriterWorker::~VideoFileWriterWorker() = default;
+
+void VideoFileWriterWorker::writeFrames(QByteArray data, qlonglong dataFrameCnt, qlonglong framesRead,
+                                        qlonglong framesRemaining)
+{
+    if (hasEnded())
+        return;
+    const bool last = framesRemaining == 0;
+    const bool given = isWhole(data, dataFrameCnt, m_geometry.frameSize());
+    if (!given || !writeRecords(data, dataFrameCnt) || (last && !m_encoder->close())) {
+        // What the encoder still holds may take it seconds, which the GUI thread has no need to wait for.
+        if (m_encoder->isOpen())
+            m_encoder->close();
+        failWriting();
+        return;
+    }
+    emit framesWritten(framesRead);
+    if (last)
+        emit finished(SaveJob::FinishDone);
+}
+
+/** Whether all are written. */
+bool VideoFileWriterWorker::writeRecords(const QByteArray &data, qlonglong count)
+{
+    const qsizetype frameSize = qsizetype(m_geometry.frameSize());
+    const auto lanes = qlonglong(m_lanes.size());
+    bool written = true;
+    // The lane of a record is that of the one that is encoded before it.
+    for (qlonglong i = 0; i < count + lanes && written; ++i) {
+        Lane &lane = m_lanes[std::size_t(i % lanes)];
+        // The GUI thread may be waiting for the end: it gets it after this frame, not after a whole chunk.
+        written = !hasEnded() && (!lane.ready.valid() || writePicture(lane));
+        if (!written || i >= count)
+            continue;
+        const QByteArray record = QByteArray::fromRawData(data.constData() + i * frameSize, frameSize);
+        lane.ready = std::async(std::launch::async, [this, &lane, record] { return prepare(lane, record); });
+    }
+    // Those behind one that failed are still at work on the chunk.
+    for (Lane &lane : m_lanes)
+        lane.ready = {};
+    return written;
+}
+
+bool VideoFileWriterWorker::writePicture(Lane &lane)
+{
+    return lane.ready.get() && m_encoder->write(*lane.picture) >= 0;
+}
+
+bool VideoFileWriterWorker::prepare(Lane &lane, const QByteArray &record) const
+{
+    return lane.picture &&
+           lane.frame->set(record, m_geometry.width, m_geometry.height, m_geometry.imgSize(),
+                           m_geometry.metaSize, m_yearOffset) &&
+           lane.picture->fill(lane.frame->marked());
+}
