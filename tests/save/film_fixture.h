@@ -1,0 +1,63 @@
+#pragma once
+
+#include "tests/save/foreign_film.h"
+#include "tests/save/sim_save_fixture.h"
+
+#include <QSignalSpy>
+
+/** A simulated camera with one take of 160 x 96 pixels, and what films of it are compared with. */
+struct FilmFixture : SimSaveFixture {
+    static constexpr int RecordSize = 160 * 96 + 32;
+
+    explicit FilmFixture(int cfa, qint64 lastFr = 99, const QString &res = QStringLiteral("160x96"))
+        : SimSaveFixture(q4sim::TakeOrder{.first = -20, .last = lastFr, .frameRate = 500.0, .res = res}, cfa)
+    {
+    }
+
+    static Util::Format format(Util::Codec codec)
+    {
+        return codec == Util::CodecRaw_BGR24 || codec == Util::CodecRaw_Gray8 ? Util::FormatAvi
+                                                                              : Util::FormatMp4;
+    }
+    static QString extension(Util::Codec codec)
+    {
+        return format(codec) == Util::FormatAvi ? QStringLiteral(".avi") : QStringLiteral(".mp4");
+    }
+
+    SaveJob *film(Util::Codec codec, qlonglong startFr, qlonglong frCnt,
+                  const QString &name = QStringLiteral("shot"), PlaybackVeskObject *source = nullptr)
+    {
+        return manager->createSaveJob(source ? source : take, startFr, frCnt, SaveManager::FileDest,
+                                      format(codec), codec, 29.97, 15, name, folder);
+    }
+
+    /** The picture that the view shows of a frame. */
+    QImage shown(qlonglong fr)
+    {
+        take->setSelected(true);
+        take->pause();
+        if (!QTest::qWaitFor([this] { return !take->frameInFlight(); }))
+            return {};
+        QSignalSpy shows(take->imgFrame(), &ImgFrame::imageChanged);
+        take->setFr(fr, true);
+        if (!QTest::qWaitFor([&] { return !shows.isEmpty() && !take->frameInFlight(); }))
+            return {};
+        take->setSelected(false);
+        return take->imgFrame()->image();
+    }
+
+    /** Blue, green, red of each pixel, row by row. */
+    static QByteArray bgr(const QImage &image)
+    {
+        QByteArray bytes;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                const QRgb pixel = image.pixel(x, y);
+                bytes += char(qBlue(pixel));
+                bytes += char(qGreen(pixel));
+                bytes += char(qRed(pixel));
+            }
+        }
+        return bytes;
+    }
+};
