@@ -104,6 +104,7 @@ bool VideoEncoder::open()
     m_options.clear();
     m_frameCount = 0;
     m_packetCount = 0;
+    m_cutShort = false;
     av_log_set_level(AV_LOG_ERROR);
     qputenv("SVT_LOG", "1");
 
@@ -301,17 +302,23 @@ int VideoEncoder::encode(const AVFrame *frame)
     }
 }
 
-/** A frame that leaves no room for the end of the file is not written. */
+/**
+ * A frame that leaves no room for the end of the file is not written, and none behind it, which it would be
+ * missing from.
+ */
 int VideoEncoder::writePacket()
 {
     av_packet_rescale_ts(m_packet.get(), m_codecContext->time_base, m_stream->time_base);
     m_packet->stream_index = m_stream->index;
-    if (!m_output.reserve(m_packet->size + EndBytes + EndBytesPerFrame * m_frameCount)) {
+    m_cutShort = m_cutShort ||
+                 !m_output.reserve(m_packet->size + EndBytes + EndBytesPerFrame * m_frameCount) ||
+                 av_interleaved_write_frame(m_formatContext.get(), m_packet.get()) < 0;
+    if (m_cutShort) {
         av_packet_unref(m_packet.get());
         return -1;
     }
     ++m_packetCount;
-    return av_interleaved_write_frame(m_formatContext.get(), m_packet.get());
+    return 0;
 }
 
 bool VideoEncoder::close()

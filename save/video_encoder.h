@@ -87,4 +87,6 @@ private:
     int m_frameCount = 0;
     /** Of those, how many the encoder has given to the container. */
     int m_packetCount = 0;
+    /** The file has taken its last frame. */
+    bool m_cutShort = false;
 };

@@ -76,6 +76,32 @@ private slots:
                                                   u"shot_03.tiff"_s, u"shot_04.tiff"_s}));
     }
 
+    void closeThatFailsEndsAFilmAndKeepsTheFile_data()
+    {
+        QTest::addColumn<Util::Format>("format");
+        QTest::addColumn<Util::Codec>("codec");
+        QTest::addColumn<QString>("file");
+        QTest::newRow("AVI") << Util::FormatAvi << Util::CodecRaw_BGR24 << "shot.avi";
+        QTest::newRow("AV1") << Util::FormatMp4 << Util::CodecAV1_YUV420P << "shot.mp4";
+        QTest::newRow("H.264") << Util::FormatMp4 << Util::CodecH264 << "shot.mp4";
+    }
+
+    void closeThatFailsEndsAFilmAndKeepsTheFile()
+    {
+        QFETCH(const Util::Format, format);
+        QFETCH(const Util::Codec, codec);
+        QFETCH(const QString, file);
+        const QByteArray ending = file.toLatin1();
+        s_lostEnding = ending.constData();
+        SaveJob *job =
+            m_fixture->manager->createSaveJob(m_fixture->take, 0, 20, SaveManager::FileDest, format, codec,
+                                              30.0, 15, u"shot"_s, m_fixture->folder);
+        QTRY_COMPARE(job->state(), SaveJob::Error);
+        QCOMPARE(job->error(), u"write error"_s);
+        QVERIFY(job->progress() < 100.0);
+        QCOMPARE(m_fixture->files(), QStringList(file));
+    }
+
     void bytesThatAreLeftForTheCloseAreMissed()
     {
         QFile full(u"/dev/full"_s);

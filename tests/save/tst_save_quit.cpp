@@ -1,5 +1,6 @@
 #include "app/interface.h"
 #include "save/file_save_job.h"
+#include "tests/save/foreign_film.h"
 #include "tests/save/foreign_tiff.h"
 #include "tests/save/sim_save_fixture.h"
 #include "tests/support/vesk_test_main.h"
@@ -83,6 +84,24 @@ private slots:
             QCOMPARE(ForeignTiff::read(m_fixture->path(file)).rgb.size(), 160 * 96 * 3);
     }
 
+    void filmCanBePlayedUpToTheFrameThatWasWritten_data()
+    {
+        QTest::addColumn<int>("codec");
+        for (const int codec : {Util::CodecRaw_BGR24, Util::CodecAV1_YUV420P, Util::CodecH264})
+            QTest::addRow("codec %d", codec) << codec;
+    }
+
+    void filmCanBePlayedUpToTheFrameThatWasWritten()
+    {
+        QFETCH(const int, codec);
+        QCOMPARE(quit(u"film %1"_s.arg(codec), address()), u"closed in state 2"_s);
+        QCOMPARE(m_fixture->files().size(), 1);
+        const ForeignFilm film(m_fixture->path(m_fixture->files().first()));
+        QCOMPARE(film.size(), u"160x96"_s);
+        QVERIFY2(film.frames() > 0 && film.frames() < Frames, qPrintable(QString::number(film.frames())));
+        QCOMPARE(film.decoded(u"gray"_s).size(), film.frames() * 160 * 96);
+    }
+
     void saveThatHasNoAnswerYetLeavesNoFrames()
     {
         m_fixture->fault({.kind = FaultKind::NoAnswer});
@@ -92,10 +111,20 @@ private slots:
         QVERIFY(file.size() <= 4096);
     }
 
+    void waitingSavesLeaveNothing_data()
+    {
+        QTest::addColumn<QString>("what");
+        QTest::addColumn<QString>("file");
+        QTest::newRow("native files") << "waiting" << "shot.vesk";
+        QTest::newRow("films") << "waiting film 6" << "shot.mp4";
+    }
+
     void waitingSavesLeaveNothing()
     {
-        QCOMPARE(quit(u"waiting"_s, address()), u"closed in state 2"_s);
-        QCOMPARE(m_fixture->files(), QStringList(u"shot.vesk"_s));
+        QFETCH(const QString, what);
+        QFETCH(const QString, file);
+        QCOMPARE(quit(what, address()), u"closed in state 2"_s);
+        QCOMPARE(m_fixture->files(), QStringList(file));
     }
 };
 
@@ -106,12 +135,15 @@ static void orderSave(const QQmlApplicationEngine &engine, Camera &camera, const
     auto *take = qobject_cast<Take *>(camera.takes()->get(0));
     SaveManager *manager = VeskApp::instance()->saveManager();
     const auto save = [=] {
-        return manager->createSaveJob(take, 0, Frames, SaveManager::FileDest,
-                                      what == u"images" ? Util::FormatTiff : Util::FormatVesk,
-                                      Util::CodecVesk, 0.0, 0, u"shot"_s, folder);
+        const auto codec = Util::Codec(what.contains(u"film") ? what.last(1).toInt() : 0);
+        Util::Format format = what == u"images" ? Util::FormatTiff : Util::FormatVesk;
+        if (codec != Util::CodecVesk)
+            format = codec == Util::CodecRaw_BGR24 ? Util::FormatAvi : Util::FormatMp4;
+        return manager->createSaveJob(take, 0, Frames, SaveManager::FileDest, format, codec, 30.0, 15,
+                                      u"shot"_s, folder);
     };
     SaveJob *job = save();
-    if (what == u"waiting") {
+    if (what.startsWith(u"waiting")) {
         save();
         save();
     }
