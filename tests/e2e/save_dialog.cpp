@@ -4,10 +4,7 @@
 
 using namespace Qt::StringLiterals;
 
-// The three sections lie below each other; a row is 24 high and 10 from the next.
 constexpr QPoint nameField(300, 332);
-constexpr QPoint formatBox(175, 472);
-constexpr QPoint codecBox(383, 472);
 constexpr QPoint saveButton(122, 615);
 constexpr QPoint oneRow(0, 34);
 
@@ -41,25 +38,11 @@ bool SaveDialog::setName(const QString &name) const
            m_session.screen.type(name) && m_session.screen.input(u"key Tab"_s);
 }
 
-bool SaveDialog::pick(QPoint box, int from, int to) const
+/// The list opens over the box, entry by entry 27 high.
+bool SaveDialog::pick(QPoint box, int index) const
 {
-    if (!click(m_ofFile ? box - oneRow : box))
-        return false;
-    for (int i = from; i < to; ++i)
-        m_session.screen.input(u"key Down"_s);
-    for (int i = from; i > to; --i)
-        m_session.screen.input(u"key Up"_s);
-    return m_session.screen.input(u"sleep 0.2 key Return sleep 0.2"_s);
-}
-
-bool SaveDialog::setFormat(int from, int to) const
-{
-    return from == to || pick(formatBox, from, to);
-}
-
-bool SaveDialog::setCodec(int from, int to) const
-{
-    return from == to || pick(codecBox, from, to);
+    const QPoint at = m_ofFile ? box - oneRow : box;
+    return click(at) && m_session.screen.input(u"sleep 0.2"_s) && click(at + QPoint(0, 2 + 27 * index));
 }
 
 bool SaveDialog::save() const
