@@ -17,7 +17,8 @@ SaveForm {
     }
     RowLayout {
         Layout.columnSpan: 3
-        Layout.fillWidth: true
+        // What a wider window has to give goes to the other rows.
+        Layout.fillWidth: false
         spacing: 14
 
         SaveChoice {
@@ -43,10 +44,6 @@ SaveForm {
             chosen: root.target.codecIndex
             visible: root.target.codecs.length > 0
             onActivated: index => root.target.codecIndex = index
-        }
-        // Takes what a wider window has to give.
-        Item {
-            Layout.fillWidth: true
         }
     }
     SaveLabel {
