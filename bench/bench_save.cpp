@@ -1,9 +1,11 @@
 // Saves of one process, without a window or with it. Prints one JSON object.
 //
 //   bench_save native ADDRESS FRAMES FOLDER           frames 0 on of the camera's take 1, as a native file
-//   bench_save slow ADDRESS FRAMES FOLDER RATE        the same on a disk that takes RATE million bytes a
-//   second bench_save images FILE FRAMES FOLDER              frames of a native file as images bench_save
-//   window ADDRESS FRAMES FOLDER FILE      both at once, one of each cancelled, under the window
+//   bench_save slow ADDRESS FRAMES FOLDER RATE        the same on a disk of RATE million bytes a second
+//   bench_save images FILE FRAMES FOLDER              frames of a native file as images
+//   bench_save film FILE FRAMES FOLDER CODEC          the same as a film; CODEC is a number of Util::Codec
+//   bench_save plain FILE FRAMES FOLDER CODEC         the same, one step after the other on one thread
+//   bench_save window ADDRESS FRAMES FOLDER FILE      both at once, one of each cancelled, under the window
 //
 // "seconds" is the time from the order to the end of the save, "peak_bytes" the most memory that the process
 // had in use, "stall_s" the longest time in which the GUI thread answered nothing.
@@ -16,8 +18,11 @@
 #include "save/file_save_job.h"
 #include "save/save_job_queue.h"
 #include "save/save_manager.h"
+#include "save/video_encoder.h"
+#include "take/frame_geometry.h"
 #include "take/saved_take_model.h"
 #include "take/take.h"
+#include "take/vesk_frame.h"
 
 #include <QElapsedTimer>
 #include <QEventLoop>
@@ -28,6 +33,7 @@
 #include <QQmlApplicationEngine>
 #include <QThread>
 #include <QTimer>
+#include <QtEndian>
 
 #include <cstdio>
 #include <functional>
@@ -179,6 +185,50 @@ void waitFor(const SaveJob *job, SaveJob::State state)
         stop(u"a save ended in state %1: %2"_s.arg(job->state()).arg(job->error()));
 }
 
+constexpr double FilmFrameRate = 30.0;
+constexpr int FilmQuality = 15;
+
+Util::Format filmFormat(Util::Codec codec)
+{
+    const bool raw = codec == Util::CodecRaw_BGR24 || codec == Util::CodecRaw_Gray8;
+    return raw ? Util::FormatAvi : Util::FormatMp4;
+}
+
+SaveJob *saveFilm(PlaybackVeskObject *source, qint64 frames, Util::Codec codec, const QString &folder)
+{
+    return VeskApp::instance()->saveManager()->createSaveJob(
+        source, source->firstFrValue()->variant().toInt(), frames, SaveManager::FileDest, filmFormat(codec),
+        codec, FilmFrameRate, FilmQuality, u"film"_s, folder);
+}
+
+/** Reads, decodes, adjusts, converts and encodes each frame before the next. */
+void makePlainFilm(VeskFile *source, const QString &path, qint64 frames, Util::Codec codec,
+                   const QString &folder)
+{
+    const FrameGeometry geometry = frameGeometry(*source);
+    QFile file(path);
+    VideoEncoder encoder(FileNameTemplate(folder, u"film"_s, filmFormat(codec), 0).filePath(0, {}),
+                         geometry.width, geometry.height, geometry.metaSize, filmFormat(codec), codec,
+                         FilmFrameRate, FilmQuality, nullptr);
+    if (!file.open(QIODevice::ReadOnly) || !file.seek(24))
+        stop(u"the native file does not open"_s);
+    const auto dataOffset = qFromLittleEndian<qint64>(file.read(8).constData());
+    if (!file.seek(dataOffset) || !encoder.open())
+        stop(u"the film cannot be begun"_s);
+    const ImgAdjData adj = source->imgAdjModel()->data();
+    VeskFrame frame(&adj, nullptr);
+    frame.decodeInPlace();
+    frame.decodeFor(DevelopedFrame::Use::SavedVideo);
+    for (qint64 i = 0; i < frames; ++i) {
+        if (!frame.set(file.read(geometry.frameSize()), geometry.width, geometry.height, geometry.imgSize(),
+                       geometry.metaSize, 0) ||
+            encoder.write(frame.marked()) < 0)
+            stop(u"a frame cannot be encoded"_s);
+    }
+    if (!encoder.close())
+        stop(u"the film cannot be ended"_s);
+}
+
 void measure(const std::function<SaveJob *()> &begin)
 {
     QElapsedTimer timer;
@@ -264,9 +314,11 @@ int main(int argc, char *argv[])
         words.append(QString::fromLocal8Bit(argv[i]));
     const QString what = words.value(0);
     const bool known = (what == u"native" && words.size() == 4) || (what == u"slow" && words.size() == 5) ||
-                       (what == u"images" && words.size() == 4) || (what == u"window" && words.size() == 5);
+                       (what == u"images" && words.size() == 4) || (what == u"window" && words.size() == 5) ||
+                       ((what == u"film" || what == u"plain") && words.size() == 5);
     if (!known)
-        stop(u"usage: bench_save native|slow|images|window SOURCE FRAMES FOLDER [RATE|FILE]"_s);
+        stop(
+            u"usage: bench_save native|slow|images|film|plain|window SOURCE FRAMES FOLDER [RATE|CODEC|FILE]"_s);
     const qint64 frames = words[2].toLongLong();
     const QString &folder = words[3];
     if (what == u"window") {
@@ -277,6 +329,19 @@ int main(int argc, char *argv[])
     if (what == u"images") {
         const auto file = openFile(words[1]);
         measure([&] { return save(file.get(), frames, Util::FormatTiff, u"<fr>"_s, folder); });
+        return 0;
+    }
+    if (what == u"film" || what == u"plain") {
+        const auto file = openFile(words[1]);
+        const auto codec = Util::Codec(words[4].toInt());
+        if (what == u"film") {
+            measure([&] { return saveFilm(file.get(), frames, codec, folder); });
+            return 0;
+        }
+        QElapsedTimer timer;
+        timer.start();
+        makePlainFilm(file.get(), words[1], frames, codec, folder);
+        print({{"seconds", double(timer.nsecsElapsed()) * 1e-9}, {"peak_bytes", peakBytes()}});
         return 0;
     }
     Camera camera(QHostAddress(words[1]), nullptr);

@@ -2,8 +2,10 @@
 """Saves of 640x480 colour frames from a camera on the same machine and from a native file. Prints rows as JSON.
 
 All of them write into one folder, which lies where temporary files do. What is compared runs in turn; the
-ratio is that of the medians. curl fetches the very run of frames that a native save does, and ffmpeg makes
-uncompressed TIFFs of the mosaic of the frames that an image save does.
+ratio is that of the medians. curl fetches the very run of frames that a native save does; ffmpeg makes of the
+mosaic of the frames the uncompressed TIFFs that an image save does, and films with the options that a save of
+films has. H.264 has no peer in ffmpeg with the same encoder: it is measured against the same steps, one after
+the other, on one thread.
 """
 
 import json
@@ -27,6 +29,9 @@ WINDOW_FRAMES = 2000
 ROUNDS = 5
 NATIVE_BOUND = 1.5
 IMAGE_BOUND = 1.0
+FILM_ROUNDS = 3
+FILM_RAW, FILM_AV1, FILM_H264 = 1, 4, 6  # numbers of Util::Codec
+FILM_QUALITY = 15
 MEMORY_BOUND = 250_000_000
 ANSWER_BOUND_S = 0.05
 
@@ -81,17 +86,29 @@ class Saves:
         output = subprocess.run(command, check=True, text=True, stdout=subprocess.PIPE, timeout=600).stdout
         return float(output), target.stat().st_size
 
-    def ffmpeg(self, mosaic):
-        """Seconds to make images of a mosaic, without the start of the program."""
-        target = self.empty_folder()
-        command = ["ffmpeg", "-nostdin", "-hide_banner", "-benchmark", "-f", "rawvideo",
+    def ffmpeg(self, mosaic, *output):
+        """Seconds to make what the output options say of a mosaic, without the start of the program."""
+        *options, name = output
+        command = ["ffmpeg", "-nostdin", "-hide_banner", "-benchmark", "-f", "rawvideo", "-framerate", "30",
                    "-pixel_format", "bayer_rggb8", "-video_size", f"{WIDTH}x{HEIGHT}", "-i", mosaic,
-                   "-pix_fmt", "rgb24", "-compression_algo", "raw", target / "%04d.tiff"]
-        output = subprocess.run(command, check=True, text=True, stderr=subprocess.PIPE, timeout=600).stderr
-        made = len(list(target.iterdir()))
+                   *options, self.empty_folder() / name]
+        said = subprocess.run(command, check=True, text=True, stderr=subprocess.PIPE, timeout=600).stderr
+        return float(re.search(r"rtime=([\d.]+)s", said).group(1))
+
+    def ffmpeg_images(self, mosaic):
+        seconds = self.ffmpeg(mosaic, "-pix_fmt", "rgb24", "-compression_algo", "raw", "%04d.tiff")
+        made = len(list(self.folder.iterdir()))
         if made != IMAGES:
             sys.exit(f"ffmpeg made {made} images")
-        return float(re.search(r"rtime=([\d.]+)s", output).group(1))
+        return seconds
+
+    def check_film(self):
+        """The film that is in the folder has all its frames."""
+        command = ["ffprobe", "-v", "error", "-count_packets", "-show_entries", "stream=nb_read_packets,width,height",
+                   "-of", "csv=p=0", *self.folder.iterdir()]
+        told = subprocess.run(command, check=True, text=True, stdout=subprocess.PIPE, timeout=60).stdout.strip()
+        if told != f"{WIDTH},{HEIGHT},{IMAGES}":
+            sys.exit(f"a film is {told}")
 
 
 def native_rows(saves, record):
@@ -128,11 +145,34 @@ def image_row(saves, native, mosaic):
     ours, theirs = [], []
     for _ in range(ROUNDS):
         ours.append(saves.ours("images", native.path, IMAGES)["seconds"])
-        theirs.append(saves.ffmpeg(mosaic))
+        theirs.append(saves.ffmpeg_images(mosaic))
     ours, theirs = statistics.median(ours), statistics.median(theirs)
     print(f"image save {IMAGES / ours:.0f} frames/s, ffmpeg {IMAGES / theirs:.0f} frames/s", file=sys.stderr)
     return {"what": "Save of 500 colour images against ffmpeg", "ratio": theirs / ours, "bound": IMAGE_BOUND,
             "sense": "at_least"}
+
+
+def film_row(saves, native, codec, rounds, what, bound, peer):
+    ours, theirs = [], []
+    for _ in range(rounds):
+        ours.append(saves.ours("film", native.path, IMAGES, codec)["seconds"])
+        saves.check_film()
+        theirs.append(peer())
+        saves.check_film()
+    ours, theirs = statistics.median(ours), statistics.median(theirs)
+    print(f"{what}: {IMAGES / ours:.0f} frames/s, peer {IMAGES / theirs:.0f} frames/s", file=sys.stderr)
+    return {"what": what, "ratio": theirs / ours, "bound": bound, "sense": "at_least"}
+
+
+def film_rows(saves, native, mosaic):
+    yield film_row(saves, native, FILM_RAW, ROUNDS, "Film of 500 raw colour frames against ffmpeg", 1.0,
+                   lambda: saves.ffmpeg(mosaic, "-c:v", "rawvideo", "-pix_fmt", "bgr24", "film.avi"))
+    yield film_row(saves, native, FILM_AV1, FILM_ROUNDS, "Film of 500 colour frames in AV1 against ffmpeg", 0.95,
+                   lambda: saves.ffmpeg(mosaic, "-c:v", "libsvtav1", "-preset", "5", "-crf", str(FILM_QUALITY),
+                                        "-pix_fmt", "yuv420p", "film.mp4"))
+    yield film_row(saves, native, FILM_H264, ROUNDS,
+                   "Film of 500 colour frames in H.264 against one step after the other", 1.2,
+                   lambda: saves.ours("plain", native.path, IMAGES, FILM_H264)["seconds"])
 
 
 def window_row(saves, native):
@@ -160,7 +200,8 @@ def main():
         # The camera draws this scene faster than anybody takes it.
         with camera(build, "plain"):
             rows = [*native_rows(saves, record), slow_row(saves, record),
-                    image_row(saves, native, folder / "mosaic"), window_row(saves, native)]
+                    image_row(saves, native, folder / "mosaic"), *film_rows(saves, native, folder / "mosaic"),
+                    window_row(saves, native)]
     print(json.dumps(rows))
 
 
