@@ -79,20 +79,29 @@ void VideoFileWriterWorker::writeFrames(QByteArray data, qlonglong dataFrameCnt,
         return;
     const bool last = framesRemaining == 0;
     const bool given = isWhole(data, dataFrameCnt, m_geometry.frameSize());
-    if (!given || !writeRecords(data, dataFrameCnt) || (last && !m_encoder->close())) {
+    const auto taken = [&] {
+        if (!last)
+            emit framesWritten(framesRead);
+    };
+    if (!given || !writeRecords(data, dataFrameCnt, taken) || (last && !m_encoder->close())) {
         // What the encoder still holds may take it seconds, which the GUI thread has no need to wait for.
         if (m_encoder->isOpen())
             m_encoder->close();
         failWriting();
         return;
     }
-    emit framesWritten(framesRead);
-    if (last)
+    if (last) {
+        emit framesWritten(framesRead);
         emit finished(SaveJob::FinishDone);
+    }
 }
 
-/** Whether all are written. */
-bool VideoFileWriterWorker::writeRecords(const QByteArray &data, qlonglong count)
+/**
+ * Whether all are written. Tells of them when the last ones are on their way to the encoder, so that a reader
+ * that waits for that fetches the next ones meanwhile.
+ */
+bool VideoFileWriterWorker::writeRecords(const QByteArray &data, qlonglong count,
+                                         const std::function<void()> &taken)
 {
     const qsizetype frameSize = qsizetype(m_geometry.frameSize());
     const auto lanes = qlonglong(m_lanes.size());
@@ -106,6 +115,8 @@ bool VideoFileWriterWorker::writeRecords(const QByteArray &data, qlonglong count
             continue;
         const QByteArray record = QByteArray::fromRawData(data.constData() + i * frameSize, frameSize);
         lane.ready = std::async(std::launch::async, [this, &lane, record] { return prepare(lane, record); });
+        if (i == count - 1)
+            taken();
     }
     // Those behind one that failed are still at work on the chunk.
     for (Lane &lane : m_lanes)

@@ -5,6 +5,7 @@
 #include "save/vesk_writer_worker.h"
 #include "take/frame_geometry.h"
 
+#include <functional>
 #include <future>
 #include <memory>
 #include <vector>
@@ -59,7 +60,7 @@ private:
         std::future<bool> ready;
     };
 
-    bool writeRecords(const QByteArray &data, qlonglong count);
+    bool writeRecords(const QByteArray &data, qlonglong count, const std::function<void()> &taken);
     bool prepare(Lane &lane, const QByteArray &record) const;
     bool writePicture(Lane &lane);
 
