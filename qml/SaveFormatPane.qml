@@ -26,6 +26,8 @@ SaveForm {
             entries: root.target.formats
             chosen: root.target.formatIndex
             onActivated: index => {
+                if (index === root.target.formatIndex)
+                    return;
                 root.target.codecIndex = 0;
                 root.target.formatIndex = index;
             }

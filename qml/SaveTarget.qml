@@ -79,8 +79,9 @@ QtObject {
     property string folder: ""
 
     function storedNumber(key: string, fallback: real): real {
-        const number = Number(App.instance.setting(key, fallback));
-        return isNaN(number) ? fallback : number;
+        const stored = App.instance.setting(key, fallback);
+        const number = Number(stored);
+        return isNaN(number) || stored === null || stored === "" ? fallback : number;
     }
 
     function load() {

@@ -5,11 +5,13 @@
 #include "take/playback_vesk_object.h"
 
 #include <QBuffer>
+#include <QDebug>
 #include <QFile>
 #include <QImageWriter>
 #include <QThread>
 
 #include <algorithm>
+#include <exception>
 
 bool ImgFileWriter::start()
 {
@@ -51,8 +53,26 @@ void ImgFileWriterWorker::writeFrames(QByteArray data, qlonglong dataFrameCnt, q
         emit finished(SaveJob::FinishDone);
 }
 
-/** Whether all are written. No image is written behind one that failed, and none is still at work at the end. */
+/** Whether all are written. No image is written behind one that failed, and none is still at work at the end.
+ */
 bool ImgFileWriterWorker::writeRecords(const QByteArray &data, qlonglong count, qlonglong firstIndex)
+{
+    bool written = false;
+    try {
+        written = makeImages(data, count, firstIndex);
+    } catch (const std::exception &problem) {
+        qDebug() << "no image:" << problem.what();
+    }
+    for (Lane &lane : m_lanes) {
+        if (lane.written.valid())
+            lane.written.wait();
+        lane.written = {};
+    }
+    return written;
+}
+
+/** Throws where the system has no memory or thread left. */
+bool ImgFileWriterWorker::makeImages(const QByteArray &data, qlonglong count, qlonglong firstIndex)
 {
     const qsizetype frameSize = qsizetype(m_geometry.frameSize());
     std::shared_future<bool> before;
@@ -69,10 +89,7 @@ bool ImgFileWriterWorker::writeRecords(const QByteArray &data, qlonglong count, 
         });
     }
     // It waits for all before it.
-    const bool written = i == 0 || before.get();
-    for (Lane &lane : m_lanes)
-        lane.written = {};
-    return written && i == count;
+    return (i == 0 || before.get()) && i == count;
 }
 
 /** An image that the disk does not take whole is removed again. */

@@ -50,6 +50,7 @@ private:
     };
 
     bool writeRecords(const QByteArray &data, qlonglong count, qlonglong firstIndex);
+    bool makeImages(const QByteArray &data, qlonglong count, qlonglong firstIndex);
     bool encode(Lane &lane, const QByteArray &record) const;
     bool write(const Lane &lane, qlonglong frameIndex) const;
     bool openFree(QFile &file, qlonglong frameIndex) const;

@@ -336,6 +336,15 @@ bool VideoEncoder::close()
     return flushed && ended && closed;
 }
 
+void VideoEncoder::discard()
+{
+    if (!m_isOpen)
+        return;
+    setIsOpen(false);
+    m_output.remove();
+    release();
+}
+
 void VideoEncoder::setIsOpen(bool isOpen)
 {
     m_isOpen = isOpen;

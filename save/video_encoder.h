@@ -36,6 +36,10 @@ public:
     int write(const QList<ushort> &image);
     /** Finishes the file. False when not all of it is on the disk. */
     bool close();
+    /** Deletes the file that is open, without waiting for what the encoder still holds. */
+    void discard();
+    /** No frame has come through to the file. */
+    bool isEmpty() const { return m_packetCount == 0; }
 
     /** Whereto a frame can be converted ahead of its turn, on any one thread; null when there is no memory.
      */

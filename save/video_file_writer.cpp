@@ -6,9 +6,11 @@
 #include "take/vesk_frame.h"
 
 #include <QCoreApplication>
+#include <QDebug>
 #include <QFile>
 
 #include <algorithm>
+#include <exception>
 
 bool VideoFileWriter::start()
 {
@@ -47,11 +49,18 @@ void VideoFileWriter::endWithProgram()
 
 void VideoFileWriter::close(SaveJob::FinishState state)
 {
+    const bool cancelled = state == SaveJob::FinishCancelled;
+    // What the encoder still holds may take it seconds: nobody waits for the end of a film that goes.
+    if (m_encoder->isOpen() && cancelled)
+        m_encoder->discard();
+    else if (cancelled)
+        QFile::remove(job()->fileNameTemplate().filePath(0, {}));
     if (m_encoder->isOpen())
         m_encoder->close();
-    m_encoder->deleteLater();
-    if (state == SaveJob::FinishCancelled)
+    // A film of no frame would only look like one.
+    if (state == SaveJob::FinishError && m_encoder->isEmpty())
         QFile::remove(job()->fileNameTemplate().filePath(0, {}));
+    m_encoder->deleteLater();
 }
 
 /** Each takes the memory of some pictures, and one encoder takes what a few of them make. */
@@ -84,8 +93,9 @@ void VideoFileWriterWorker::writeFrames(QByteArray data, qlonglong dataFrameCnt,
             emit framesWritten(framesRead);
     };
     if (!given || !writeRecords(data, dataFrameCnt, taken) || (last && !m_encoder->close())) {
-        // What the encoder still holds may take it seconds, which the GUI thread has no need to wait for.
-        if (m_encoder->isOpen())
+        // What the encoder still holds may take it seconds, which the GUI thread has no need to wait for. A
+        // save that was cut short is ended by that thread, as only it knows how.
+        if (m_encoder->isOpen() && !hasEnded())
             m_encoder->close();
         failWriting();
         return;
@@ -103,6 +113,22 @@ void VideoFileWriterWorker::writeFrames(QByteArray data, qlonglong dataFrameCnt,
 bool VideoFileWriterWorker::writeRecords(const QByteArray &data, qlonglong count,
                                          const std::function<void()> &taken)
 {
+    bool written = false;
+    try {
+        written = encodeRecords(data, count, taken);
+    } catch (const std::exception &problem) {
+        qDebug() << "no frame:" << problem.what();
+    }
+    // Those behind one that failed are still at work on the chunk.
+    for (Lane &lane : m_lanes)
+        lane.ready = {};
+    return written;
+}
+
+/** Throws where the system has no memory or thread left. */
+bool VideoFileWriterWorker::encodeRecords(const QByteArray &data, qlonglong count,
+                                          const std::function<void()> &taken)
+{
     const qsizetype frameSize = qsizetype(m_geometry.frameSize());
     const auto lanes = qlonglong(m_lanes.size());
     bool written = true;
@@ -118,15 +144,15 @@ bool VideoFileWriterWorker::writeRecords(const QByteArray &data, qlonglong count
         if (i == count - 1)
             taken();
     }
-    // Those behind one that failed are still at work on the chunk.
-    for (Lane &lane : m_lanes)
-        lane.ready = {};
     return written;
 }
 
 bool VideoFileWriterWorker::writePicture(Lane &lane)
 {
-    return lane.ready.get() && m_encoder->write(*lane.picture) >= 0;
+    if (lane.ready.get())
+        return m_encoder->write(*lane.picture) >= 0;
+    qDebug() << "getVideoFrame failed!";
+    return false;
 }
 
 bool VideoFileWriterWorker::prepare(Lane &lane, const QByteArray &record) const

@@ -61,6 +61,7 @@ private:
     };
 
     bool writeRecords(const QByteArray &data, qlonglong count, const std::function<void()> &taken);
+    bool encodeRecords(const QByteArray &data, qlonglong count, const std::function<void()> &taken);
     bool prepare(Lane &lane, const QByteArray &record) const;
     bool writePicture(Lane &lane);
 

@@ -39,6 +39,7 @@ private slots:
     void qualityEndsAtTheCodecsWorst_data();
     void qualityEndsAtTheCodecsWorst();
     void qualityComesBackWithItsCodec();
+    void formatThatIsChosenAgainKeepsItsCodec();
     void storedChoice_data();
     void storedChoice();
     void filmIsSavedAsItWasChosen();
@@ -262,6 +263,18 @@ void TestSaveFilm::qualityComesBackWithItsCodec()
     QCOMPARE(quality(), 60);
 }
 
+void TestSaveFilm::formatThatIsChosenAgainKeepsItsCodec()
+{
+    QVERIFY(start(u"MP4"_s, u"H.264 - YUV420P"_s));
+    QAccessibleInterface *box = ViewFixture::element(m_view.saveDialog(), Format, QAccessible::ComboBox);
+    QVERIFY(ViewFixture::click(m_view.saveDialog(), box));
+    QAccessibleInterface *entry = nullptr;
+    QTRY_VERIFY((entry = ViewFixture::element(m_view.saveDialog(), u"MP4"_s, QAccessible::MenuItem)));
+    QVERIFY(ViewFixture::click(m_view.saveDialog(), entry));
+    QTRY_VERIFY(!has(u"MP4"_s, QAccessible::MenuItem));
+    QCOMPARE(m_view.chosen(Codec), u"H.264 - YUV420P"_s);
+}
+
 void TestSaveFilm::storedChoice_data()
 {
     QTest::addColumn<int>("codec");
@@ -279,6 +292,8 @@ void TestSaveFilm::storedChoice_data()
     QTest::newRow("too good") << 6 << QVariant(30) << QVariant(0) << u"H.264 - YUV420P"_s << u"30"_s << 1;
     QTest::newRow("codec of another format")
         << 1 << QVariant(500) << QVariant(15) << u"AV1 - YUV420P"_s << u"240"_s << 15;
+    QTest::newRow("nothing") << 6 << QVariant(u""_s) << QVariant(u""_s) << u"H.264 - YUV420P"_s << u"30"_s
+                             << 15;
     QTest::newRow("no numbers") << 99 << QVariant(u"fast"_s) << QVariant(u"good"_s) << u"AV1 - YUV420P"_s
                                 << u"30"_s << 15;
 }
