@@ -3,7 +3,8 @@
 #include "app/vesk_app.h"
 #include "image/img_adj_util.h"
 
-/** The table of an adjustment that nobody has touched: made once and shared, as a camera may have many takes. */
+/** The table of an adjustment that nobody has touched: made once and shared, as a camera may have many takes.
+ */
 static const QList<quint16> &untouchedLut()
 {
     static const QList<quint16> table = [] {

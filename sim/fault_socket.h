@@ -58,7 +58,7 @@ private:
     qint64 m_left = -1; ///< bytes until the connection closes; -1 while the answer's header is not complete
     QByteArray m_answerHead; ///< of an answer that drips, until it is complete
     qint64 m_bodyOfAnswer = 0;
-    qint64 m_toWrite = -1;   ///< bytes of its body that the server has yet to write; -1 as with m_left
+    qint64 m_toWrite = -1; ///< bytes of its body that the server has yet to write; -1 as with m_left
     QTimer m_timer;
 
     QByteArray m_head;      ///< what has come in of a request, until it is known to be an upload or not

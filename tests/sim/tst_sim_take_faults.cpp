@@ -228,8 +228,8 @@ void TestSimTakeFaults::drippedRunIsWhole()
     QElapsedTimer timer;
     timer.start();
     const Reply reply = transfer(1, -100, 200);
-    // 7686400 bytes in pieces of 100000: at least 76 of them, 5 ms apart, although the camera makes the run as
-    // it goes.
+    // 7686400 bytes in pieces of 100000: at least 76 of them, 5 ms apart, although the camera makes the run
+    // as it goes.
     QVERIFY2(timer.elapsed() >= 350, qPrintable(QString::number(timer.elapsed())));
     QCOMPARE(reply.error, QNetworkReply::NoError);
     QCOMPARE(reply.body, m_fix.camera().answer("POST", "/xfer", transferOf(1, -100, 200)).body);
