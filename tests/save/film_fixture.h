@@ -3,8 +3,6 @@
 #include "tests/save/foreign_film.h"
 #include "tests/save/sim_save_fixture.h"
 
-#include <QSignalSpy>
-
 /** A simulated camera with one take of 160 x 96 pixels, and what films of it are compared with. */
 struct FilmFixture : SimSaveFixture {
     static constexpr int RecordSize = 160 * 96 + 32;
@@ -31,19 +29,14 @@ struct FilmFixture : SimSaveFixture {
                                       format(codec), codec, 29.97, 15, name, folder);
     }
 
-    /** The picture that the view shows of a frame. */
-    QImage shown(qlonglong fr)
+    static void addCodecs()
     {
-        take->setSelected(true);
-        take->pause();
-        if (!QTest::qWaitFor([this] { return !take->frameInFlight(); }))
-            return {};
-        QSignalSpy shows(take->imgFrame(), &ImgFrame::imageChanged);
-        take->setFr(fr, true);
-        if (!QTest::qWaitFor([&] { return !shows.isEmpty() && !take->frameInFlight(); }))
-            return {};
-        take->setSelected(false);
-        return take->imgFrame()->image();
+        QTest::addColumn<Util::Codec>("codec");
+        QTest::newRow("BGR24") << Util::CodecRaw_BGR24;
+        QTest::newRow("Gray8") << Util::CodecRaw_Gray8;
+        QTest::newRow("AV1") << Util::CodecAV1_YUV420P;
+        QTest::newRow("AV1 of 10 bits") << Util::CodecAV1_YUV420P10;
+        QTest::newRow("H.264") << Util::CodecH264;
     }
 
     /** Blue, green, red of each pixel, row by row. */

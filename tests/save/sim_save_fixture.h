@@ -12,6 +12,7 @@
 #include "tests/save/save_test_address.h"
 
 #include <QDir>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -61,6 +62,21 @@ struct SimSaveFixture {
         const q4sim::Answer answer =
             host.camera().answer("POST", QStringLiteral("/xfer"), body.arg(startFr).arg(frCnt).toUtf8());
         return answer.run ? answer.run->readAll() : QByteArray();
+    }
+
+    /** The picture that the view shows of a frame. */
+    QImage shown(qlonglong fr)
+    {
+        take->setSelected(true);
+        take->pause();
+        if (!QTest::qWaitFor([this] { return !take->frameInFlight(); }))
+            return {};
+        QSignalSpy shows(take->imgFrame(), &ImgFrame::imageChanged);
+        take->setFr(fr, true);
+        if (!QTest::qWaitFor([&] { return !shows.isEmpty() && !take->frameInFlight(); }))
+            return {};
+        take->setSelected(false);
+        return take->imgFrame()->image();
     }
 
     void fault(const q4sim::Fault &fault) { host.camera().setFault(q4sim::Route::Xfer, fault); }

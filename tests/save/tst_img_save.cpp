@@ -1,29 +1,13 @@
 #include "file/vesk_file.h"
 #include "tests/save/foreign_tiff.h"
 #include "tests/save/sim_save_fixture.h"
+#include "tests/support/url_catcher.h"
 #include "tests/support/vesk_test_main.h"
 
-#include <QDesktopServices>
 #include <QProcess>
-#include <QSignalSpy>
 
 using namespace Qt::StringLiterals;
 using q4sim::FaultKind;
-
-/** Catches what would be opened on the desktop. */
-class UrlCatcher : public QObject
-{
-    Q_OBJECT
-
-public:
-    UrlCatcher() { QDesktopServices::setUrlHandler(u"file"_s, this, "caught"); }
-    ~UrlCatcher() override { QDesktopServices::unsetUrlHandler(u"file"_s); }
-
-    QList<QUrl> urls;
-
-public slots:
-    void caught(const QUrl &url) { urls.append(url); }
-};
 
 /** Takes of a simulated camera as TIFF images: what is in them, and how they are called. */
 class TestImgSave : public QObject
@@ -59,21 +43,7 @@ private:
         return m_fixture->save(Util::FormatTiff, startFr, frCnt, name);
     }
 
-    /** The picture that the view shows of a frame. */
-    QImage shown(qlonglong fr)
-    {
-        Take *take = m_fixture->take;
-        take->setSelected(true);
-        take->pause();
-        if (!QTest::qWaitFor([take] { return !take->frameInFlight(); }))
-            return {};
-        QSignalSpy shows(take->imgFrame(), &ImgFrame::imageChanged);
-        take->setFr(fr, true);
-        if (!QTest::qWaitFor([&] { return !shows.isEmpty() && !take->frameInFlight(); }))
-            return {};
-        take->setSelected(false);
-        return take->imgFrame()->image();
-    }
+    QImage shown(qlonglong fr) { return m_fixture->shown(fr); }
 
     static QByteArray rgb(const QImage &image)
     {

@@ -36,16 +36,6 @@ private:
         return m_disk->isMounted() && m_fixture->open();
     }
 
-    static void addCodecs()
-    {
-        QTest::addColumn<Util::Codec>("codec");
-        QTest::newRow("BGR24") << Util::CodecRaw_BGR24;
-        QTest::newRow("Gray8") << Util::CodecRaw_Gray8;
-        QTest::newRow("AV1") << Util::CodecAV1_YUV420P;
-        QTest::newRow("AV1 of 10 bits") << Util::CodecAV1_YUV420P10;
-        QTest::newRow("H.264") << Util::CodecH264;
-    }
-
 private slots:
     void cleanup()
     {
@@ -54,7 +44,7 @@ private slots:
         m_disk.reset();
     }
 
-    void diskThatMayNotBeWrittenEndsTheSaveBeforeItBegins_data() { addCodecs(); }
+    void diskThatMayNotBeWrittenEndsTheSaveBeforeItBegins_data() { FilmFixture::addCodecs(); }
 
     void diskThatMayNotBeWrittenEndsTheSaveBeforeItBegins()
     {
@@ -67,7 +57,7 @@ private slots:
         QCOMPARE(m_fixture->files(), QStringList());
     }
 
-    void fullDiskEndsTheSaveBeforeItBeginsAndLeavesNoFile_data() { addCodecs(); }
+    void fullDiskEndsTheSaveBeforeItBeginsAndLeavesNoFile_data() { FilmFixture::addCodecs(); }
 
     void fullDiskEndsTheSaveBeforeItBeginsAndLeavesNoFile()
     {
@@ -80,7 +70,7 @@ private slots:
         QCOMPARE(m_fixture->files(), QStringList(u"filler"_s));
     }
 
-    void diskThatFillsUpLeavesAFilmThatPlaysUpToThere_data() { addCodecs(); }
+    void diskThatFillsUpLeavesAFilmThatPlaysUpToThere_data() { FilmFixture::addCodecs(); }
 
     void diskThatFillsUpLeavesAFilmThatPlaysUpToThere()
     {

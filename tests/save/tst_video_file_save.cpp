@@ -1,9 +1,9 @@
 #include "file/vesk_file.h"
 #include "tests/save/film_fixture.h"
 #include "tests/save/test_images.h"
+#include "tests/support/url_catcher.h"
 #include "tests/support/vesk_test_main.h"
 
-#include <QDesktopServices>
 #include <QFileInfo>
 
 #include <atomic>
@@ -25,21 +25,6 @@ extern "C" const AVCodec *avcodec_find_encoder_by_name(const char *name)
     return real(name);
 }
 
-/** Catches what would be opened on the desktop. */
-class UrlCatcher : public QObject
-{
-    Q_OBJECT
-
-public:
-    UrlCatcher() { QDesktopServices::setUrlHandler(u"file"_s, this, "caught"); }
-    ~UrlCatcher() override { QDesktopServices::unsetUrlHandler(u"file"_s); }
-
-    QList<QUrl> urls;
-
-public slots:
-    void caught(const QUrl &url) { urls.append(url); }
-};
-
 /** Takes of a simulated camera as films: what is in them, and what is left when something comes between. */
 class TestVideoFileSave : public QObject
 {
@@ -53,16 +38,6 @@ private:
         m_fixture.reset(); // its address is needed
         m_fixture = std::make_unique<FilmFixture>(cfa, lastFr, res);
         return m_fixture->open();
-    }
-
-    static void addCodecs()
-    {
-        QTest::addColumn<Util::Codec>("codec");
-        QTest::newRow("BGR24") << Util::CodecRaw_BGR24;
-        QTest::newRow("Gray8") << Util::CodecRaw_Gray8;
-        QTest::newRow("AV1") << Util::CodecAV1_YUV420P;
-        QTest::newRow("AV1 of 10 bits") << Util::CodecAV1_YUV420P10;
-        QTest::newRow("H.264") << Util::CodecH264;
     }
 
     /** A camera that sends slowly, so that a save is under way for a while. */
@@ -191,7 +166,7 @@ private slots:
         QVERIFY(film.decoded(u"bgr24"_s) == FilmFixture::bgr(shown));
     }
 
-    void halfATurnOfAFrameThatIsNotSquareIsTakenByEveryCodec_data() { addCodecs(); }
+    void halfATurnOfAFrameThatIsNotSquareIsTakenByEveryCodec_data() { FilmFixture::addCodecs(); }
 
     void halfATurnOfAFrameThatIsNotSquareIsTakenByEveryCodec()
     {
@@ -216,7 +191,7 @@ private slots:
             QVERIFY(film.sliced((fr + 20) * size, size) == FilmFixture::bgr(m_fixture->shown(fr)));
     }
 
-    void nativeFileIsASourceOfFilms_data() { addCodecs(); }
+    void nativeFileIsASourceOfFilms_data() { FilmFixture::addCodecs(); }
 
     void nativeFileIsASourceOfFilms()
     {
@@ -237,7 +212,7 @@ private slots:
         QCOMPARE(ForeignFilm(path(codec)).frames(), 31);
     }
 
-    void nameThatIsTakenGetsANumberAlsoInTheTitle_data() { addCodecs(); }
+    void nameThatIsTakenGetsANumberAlsoInTheTitle_data() { FilmFixture::addCodecs(); }
 
     void nameThatIsTakenGetsANumberAlsoInTheTitle()
     {
@@ -276,7 +251,7 @@ private slots:
         QVERIFY(ForeignFilm(path(Util::CodecRaw_BGR24)).decoded(u"bgr24"_s) == before);
     }
 
-    void cancelInTheMiddleLeavesNoFile_data() { addCodecs(); }
+    void cancelInTheMiddleLeavesNoFile_data() { FilmFixture::addCodecs(); }
 
     void cancelInTheMiddleLeavesNoFile()
     {
@@ -292,7 +267,7 @@ private slots:
         QCOMPARE(m_fixture->files(), QStringList());
     }
 
-    void cameraThatGoesLeavesAFilmUpToThere_data() { addCodecs(); }
+    void cameraThatGoesLeavesAFilmUpToThere_data() { FilmFixture::addCodecs(); }
 
     void cameraThatGoesLeavesAFilmUpToThere()
     {
@@ -309,7 +284,7 @@ private slots:
         QVERIFY(!film.decoded(u"bgr24"_s).isEmpty());
     }
 
-    void cameraThatStopsSendingLeavesAFilmUpToThere_data() { addCodecs(); }
+    void cameraThatStopsSendingLeavesAFilmUpToThere_data() { FilmFixture::addCodecs(); }
 
     void cameraThatStopsSendingLeavesAFilmUpToThere()
     {
