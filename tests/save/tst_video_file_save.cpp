@@ -297,7 +297,21 @@ private slots:
         // What waits for the worker when the connection breaks is not written any more.
         const ForeignFilm film(path(codec));
         QVERIFY2(film.frames() <= 10, qPrintable(QString::number(film.frames())));
+        QCOMPARE(m_fixture->files().isEmpty(), film.frames() == 0);
         QCOMPARE(film.decoded(u"gray"_s).size(), film.frames() * 160 * 96);
+    }
+
+    void cameraThatSendsNoWholeFrameLeavesNoFilm_data() { FilmFixture::addCodecs(); }
+
+    void cameraThatSendsNoWholeFrameLeavesNoFilm()
+    {
+        QFETCH(const Util::Codec, codec);
+        QVERIFY(openTake(1));
+        m_fixture->fault({.kind = FaultKind::CloseMidBody, .bytes = FilmFixture::RecordSize - 1});
+        SaveJob *job = m_fixture->film(codec, 0, 100);
+        QTRY_COMPARE(job->state(), SaveJob::Error);
+        QVERIFY(!job->error().isEmpty());
+        QCOMPARE(m_fixture->files(), QStringList());
     }
 
     void encoderThatIsMissingFailsThatJobAlone_data()
