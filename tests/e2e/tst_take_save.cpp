@@ -1,5 +1,6 @@
 #include "tests/e2e/save_dialog.h"
 
+#include <QDataStream>
 #include <QDir>
 #include <QFile>
 #include <QJsonArray>
@@ -7,7 +8,6 @@
 #include <QJsonObject>
 #include <QProcess>
 #include <QTest>
-#include <QtEndian>
 
 using namespace Qt::StringLiterals;
 
@@ -39,7 +39,13 @@ struct NativeFile {
         if (!file.open(QIODevice::ReadOnly))
             return;
         const QByteArray bytes = file.readAll();
-        const auto number = [&](qsizetype at) { return qFromLittleEndian<qint64>(bytes.constData() + at); };
+        const auto number = [&](qsizetype at) {
+            QDataStream stream(bytes.sliced(at, 8));
+            stream.setByteOrder(QDataStream::LittleEndian);
+            qint64 value = 0;
+            stream >> value;
+            return value;
+        };
         if (bytes.size() < 36 || !bytes.startsWith("VESK"))
             return;
         json = QJsonDocument::fromJson(bytes.sliced(number(8), number(16))).object();
