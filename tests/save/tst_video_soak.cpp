@@ -70,9 +70,10 @@ private slots:
             save(fixture, number);
         QTRY_COMPARE_LE(openFiles(), files);
         QTRY_COMPARE_LE(threads(), tasks);
-        // A single frame of the take, decoded, is a quarter of this.
+        // One decoded frame that each save forgets would be 9 MB. With the simulated camera in the same
+        // process a save grows it by some 2.5 kB, of native files as much as of films.
         const qint64 grown = allocatedBytes() - allocated;
-        QVERIFY2(grown < 400 * 1000, qPrintable(u"%1 bytes on top of %2"_s.arg(grown).arg(allocated)));
+        QVERIFY2(grown < 2000 * 1000, qPrintable(u"%1 bytes on top of %2"_s.arg(grown).arg(allocated)));
     }
 };
 
