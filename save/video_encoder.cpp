@@ -5,6 +5,7 @@
 #include <QDateTime>
 #include <QDebug>
 #include <QFileInfo>
+#include <QThreadPool>
 
 #include <algorithm>
 #include <array>
@@ -342,6 +343,9 @@ void VideoEncoder::discard()
         return;
     setIsOpen(false);
     m_output.remove();
+    // An encoder for AV1 codes what it holds before it lets go, for nobody.
+    QThreadPool::globalInstance()->start(
+        [held = std::make_shared<AvPointer<AVCodecContext>>(std::move(m_codecContext))] { held->reset(); });
     release();
 }
 

@@ -3,6 +3,7 @@
 #include "tests/support/vesk_test_main.h"
 
 #include <QDateTime>
+#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QSignalSpy>
 
@@ -214,6 +215,30 @@ private slots:
         QVERIFY(film->open() && film->write(TestImages::ramp(64, 64)) >= 0);
         film.reset();
         QVERIFY(QFileInfo::exists(path(order)));
+    }
+
+    void discardedFilmLeavesNoFile_data() { addCodecs(); }
+
+    /** At once, whatever the encoder still holds. */
+    void discardedFilmLeavesNoFile()
+    {
+        QFETCH(const int, codec);
+        const Order order = {.width = 640, .height = 480, .codec = Util::Codec(codec)};
+        const auto film = encoder(order);
+        QVERIFY(film->open());
+        for (const QList<ushort> &image : movingImages(640, 480, 40))
+            QVERIFY(film->write(image) >= 0);
+        QSignalSpy told(film.get(), &VideoEncoder::isOpenChanged);
+        QElapsedTimer clock;
+        clock.start();
+        film->discard();
+        const qint64 ms = clock.elapsed();
+        QVERIFY2(ms < 150, qPrintable(u"%1 ms"_s.arg(ms)));
+        QCOMPARE(told.size(), 1);
+        QVERIFY(!film->isOpen());
+        QVERIFY(!QFileInfo::exists(path(order)));
+        film->discard();
+        QCOMPARE(told.size(), 1);
     }
 
     void codecThatTheContainerCannotHoldLeavesNoFile()
