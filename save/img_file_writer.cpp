@@ -5,13 +5,8 @@
 #include "take/playback_vesk_object.h"
 
 #include <QBuffer>
-#include <QDebug>
 #include <QFile>
 #include <QImageWriter>
-#include <QThread>
-
-#include <algorithm>
-#include <exception>
 
 bool ImgFileWriter::start()
 {
@@ -23,19 +18,11 @@ bool ImgFileWriter::start()
 
 void ImgFileWriter::close(SaveJob::FinishState) {}
 
-/** Each takes the memory of some pictures, and one disk takes what a few of them make. */
-static constexpr int MaxLanes = 4;
-
 ImgFileWriterWorker::ImgFileWriterWorker(const PlaybackVeskObject &source, const FileNameTemplate &fileName)
-    : m_fileName(fileName), m_geometry(frameGeometry(source)),
-      m_yearOffset(source.yearOffsetValue()->variant().toULongLong()), m_imgAdj(source.imgAdjModel()->data()),
-      m_lanes(std::size_t(std::clamp(QThread::idealThreadCount(), 1, MaxLanes)))
+    : DevelopWorker(source), m_fileName(fileName), m_lanes(laneCount())
 {
-    for (Lane &lane : m_lanes) {
-        lane.frame = new VeskFrame(&m_imgAdj, this);
-        lane.frame->decodeInPlace();
-        lane.frame->decodeFor(DevelopedFrame::Use::SavedImage);
-    }
+    for (Lane &lane : m_lanes)
+        lane.frame = newFrame(DevelopedFrame::Use::SavedImage);
 }
 
 void ImgFileWriterWorker::writeFrames(QByteArray data, qlonglong dataFrameCnt, qlonglong framesRead,
@@ -43,7 +30,7 @@ void ImgFileWriterWorker::writeFrames(QByteArray data, qlonglong dataFrameCnt, q
 {
     if (hasEnded())
         return;
-    const bool given = isWhole(data, dataFrameCnt, m_geometry.frameSize());
+    const bool given = isWhole(data, dataFrameCnt);
     if (!given || !writeRecords(data, dataFrameCnt, framesRead - dataFrameCnt)) {
         failWriting();
         return;
@@ -57,12 +44,7 @@ void ImgFileWriterWorker::writeFrames(QByteArray data, qlonglong dataFrameCnt, q
  */
 bool ImgFileWriterWorker::writeRecords(const QByteArray &data, qlonglong count, qlonglong firstIndex)
 {
-    bool written = false;
-    try {
-        written = makeImages(data, count, firstIndex);
-    } catch (const std::exception &problem) {
-        qDebug() << "no image:" << problem.what();
-    }
+    const bool written = tried([&] { return makeImages(data, count, firstIndex); });
     for (Lane &lane : m_lanes) {
         if (lane.written.valid())
             lane.written.wait();
@@ -74,7 +56,6 @@ bool ImgFileWriterWorker::writeRecords(const QByteArray &data, qlonglong count, 
 /** Throws where the system has no memory or thread left. */
 bool ImgFileWriterWorker::makeImages(const QByteArray &data, qlonglong count, qlonglong firstIndex)
 {
-    const qsizetype frameSize = qsizetype(m_geometry.frameSize());
     std::shared_future<bool> before;
     qlonglong i = 0;
     for (; i < count; ++i) {
@@ -82,9 +63,8 @@ bool ImgFileWriterWorker::makeImages(const QByteArray &data, qlonglong count, ql
         // The GUI thread may be waiting for the end: it gets it after these images, not after a whole chunk.
         if (hasEnded() || (lane.written.valid() && !lane.written.get()))
             break;
-        const QByteArray record = QByteArray::fromRawData(data.constData() + i * frameSize, frameSize);
-        before = lane.written = std::async(std::launch::async, [this, &lane, record, before, firstIndex, i] {
-            const bool encoded = encode(lane, record);
+        before = lane.written = std::async(std::launch::async, [this, &lane, &data, before, firstIndex, i] {
+            const bool encoded = encode(lane, data, i);
             return (!before.valid() || before.get()) && encoded && write(lane, firstIndex + i);
         });
     }
@@ -116,10 +96,9 @@ bool ImgFileWriterWorker::openFree(QFile &file, qlonglong frameIndex) const
 }
 
 /** Into memory: the image library does not tell of all that goes wrong with a file. */
-bool ImgFileWriterWorker::encode(Lane &lane, const QByteArray &record) const
+bool ImgFileWriterWorker::encode(Lane &lane, const QByteArray &data, qlonglong index) const
 {
-    if (!lane.frame->set(record, m_geometry.width, m_geometry.height, m_geometry.imgSize(),
-                         m_geometry.metaSize, m_yearOffset))
+    if (!develop(*lane.frame, data, index))
         return false;
     // The image library adds to what it finds.
     lane.encoded.resize(0);

@@ -1,9 +1,7 @@
 #pragma once
 
-#include "image/img_adj_data.h"
+#include "save/develop_worker.h"
 #include "save/vesk_writer.h"
-#include "save/vesk_writer_worker.h"
-#include "take/frame_geometry.h"
 
 #include <future>
 #include <vector>
@@ -28,7 +26,7 @@ public:
  * Decodes, adjusts and writes the frames. Lives on the writer's thread. A few images are made at the same
  * time, each on a thread that lasts as long as that, and written one after the other.
  */
-class ImgFileWriterWorker : public VeskWriterWorker
+class ImgFileWriterWorker : public DevelopWorker
 {
     Q_OBJECT
 
@@ -51,14 +49,10 @@ private:
 
     bool writeRecords(const QByteArray &data, qlonglong count, qlonglong firstIndex);
     bool makeImages(const QByteArray &data, qlonglong count, qlonglong firstIndex);
-    bool encode(Lane &lane, const QByteArray &record) const;
+    bool encode(Lane &lane, const QByteArray &data, qlonglong index) const;
     bool write(const Lane &lane, qlonglong frameIndex) const;
     bool openFree(QFile &file, qlonglong frameIndex) const;
 
     FileNameTemplate m_fileName;
-    FrameGeometry m_geometry;
-    /** Seconds since 1970. */
-    quint64 m_yearOffset;
-    ImgAdjData m_imgAdj;
     std::vector<Lane> m_lanes;
 };

@@ -5,11 +5,14 @@
 #include <QDateTime>
 #include <QDebug>
 #include <QFileInfo>
-#include <QThreadPool>
 
 #include <algorithm>
 #include <array>
+#include <chrono>
+#include <future>
 #include <limits>
+#include <system_error>
+#include <vector>
 
 namespace
 {
@@ -71,6 +74,24 @@ constexpr int SmallestH264 = 16;
 /** What a container puts at its end takes less than this, and less than that again for every frame. */
 constexpr qint64 EndBytes = 64 * 1024;
 constexpr qint64 EndBytesPerFrame = 48;
+
+/**
+ * An encoder for AV1 codes what it holds before it lets go, which may take seconds: on a thread of its own,
+ * which only the end of the program waits for. On the GUI thread.
+ */
+void endElsewhere(AvPointer<AVCodecContext> context)
+{
+    static std::vector<std::future<void>> ends;
+    std::erase_if(ends, [](const std::future<void> &end) {
+        return end.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+    });
+    try {
+        ends.push_back(
+            std::async(std::launch::async, [held = std::move(context)]() mutable { held.reset(); }));
+    } catch (const std::system_error &problem) {
+        qDebug() << "an encoder ends here:" << problem.what();
+    }
+}
 } // namespace
 
 VideoEncoder::VideoEncoder(const QString &filePath, int width, int height, uint metaSize, Util::Format format,
@@ -343,9 +364,7 @@ void VideoEncoder::discard()
         return;
     setIsOpen(false);
     m_output.remove();
-    // An encoder for AV1 codes what it holds before it lets go, for nobody.
-    QThreadPool::globalInstance()->start(
-        [held = std::make_shared<AvPointer<AVCodecContext>>(std::move(m_codecContext))] { held->reset(); });
+    endElsewhere(std::move(m_codecContext));
     release();
 }
 

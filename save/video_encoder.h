@@ -36,7 +36,7 @@ public:
     int write(const QList<ushort> &image);
     /** Finishes the file. False when not all of it is on the disk. */
     bool close();
-    /** Deletes the file that is open, without waiting for what the encoder still holds. */
+    /** Deletes the file that is open, without waiting for what the encoder still holds. On the GUI thread. */
     void discard();
     /** No frame has come through to the file. */
     bool isEmpty() const { return m_packetCount == 0; }

@@ -9,9 +9,6 @@
 #include <QDebug>
 #include <QFile>
 
-#include <algorithm>
-#include <exception>
-
 bool VideoFileWriter::start()
 {
     const QString suffix = job()->fileNameTemplate().freeSuffix(0);
@@ -51,30 +48,21 @@ void VideoFileWriter::close(SaveJob::FinishState state)
 {
     const bool cancelled = state == SaveJob::FinishCancelled;
     // What the encoder still holds may take it seconds: nobody waits for the end of a film that goes.
-    if (m_encoder->isOpen() && cancelled)
+    if (cancelled)
         m_encoder->discard();
-    else if (cancelled)
-        QFile::remove(job()->fileNameTemplate().filePath(0, {}));
-    if (m_encoder->isOpen())
+    else if (m_encoder->isOpen())
         m_encoder->close();
     // A film of no frame would only look like one.
-    if (state == SaveJob::FinishError && m_encoder->isEmpty())
+    if (cancelled || (state == SaveJob::FinishError && m_encoder->isEmpty()))
         QFile::remove(job()->fileNameTemplate().filePath(0, {}));
     m_encoder->deleteLater();
 }
 
-/** Each takes the memory of some pictures, and one encoder takes what a few of them make. */
-static constexpr int MaxLanes = 4;
-
 VideoFileWriterWorker::VideoFileWriterWorker(const PlaybackVeskObject &source, VideoEncoder *encoder)
-    : m_encoder(encoder), m_geometry(frameGeometry(source)),
-      m_yearOffset(source.yearOffsetValue()->variant().toULongLong()), m_imgAdj(source.imgAdjModel()->data()),
-      m_lanes(std::size_t(std::clamp(QThread::idealThreadCount(), 1, MaxLanes)))
+    : DevelopWorker(source), m_encoder(encoder), m_lanes(laneCount())
 {
     for (Lane &lane : m_lanes) {
-        lane.frame = new VeskFrame(&m_imgAdj, this);
-        lane.frame->decodeInPlace();
-        lane.frame->decodeFor(DevelopedFrame::Use::SavedVideo);
+        lane.frame = newFrame(DevelopedFrame::Use::SavedVideo);
         lane.picture = m_encoder->newPicture();
     }
 }
@@ -87,7 +75,7 @@ void VideoFileWriterWorker::writeFrames(QByteArray data, qlonglong dataFrameCnt,
     if (hasEnded())
         return;
     const bool last = framesRemaining == 0;
-    const bool given = isWhole(data, dataFrameCnt, m_geometry.frameSize());
+    const bool given = isWhole(data, dataFrameCnt);
     const auto taken = [&] {
         if (!last)
             emit framesWritten(framesRead);
@@ -113,12 +101,7 @@ void VideoFileWriterWorker::writeFrames(QByteArray data, qlonglong dataFrameCnt,
 bool VideoFileWriterWorker::writeRecords(const QByteArray &data, qlonglong count,
                                          const std::function<void()> &taken)
 {
-    bool written = false;
-    try {
-        written = encodeRecords(data, count, taken);
-    } catch (const std::exception &problem) {
-        qDebug() << "no frame:" << problem.what();
-    }
+    const bool written = tried([&] { return encodeRecords(data, count, taken); });
     // Those behind one that failed are still at work on the chunk.
     for (Lane &lane : m_lanes)
         lane.ready = {};
@@ -129,7 +112,6 @@ bool VideoFileWriterWorker::writeRecords(const QByteArray &data, qlonglong count
 bool VideoFileWriterWorker::encodeRecords(const QByteArray &data, qlonglong count,
                                           const std::function<void()> &taken)
 {
-    const qsizetype frameSize = qsizetype(m_geometry.frameSize());
     const auto lanes = qlonglong(m_lanes.size());
     bool written = true;
     // The lane of a record is that of the one that is encoded before it.
@@ -139,8 +121,8 @@ bool VideoFileWriterWorker::encodeRecords(const QByteArray &data, qlonglong coun
         written = !hasEnded() && (!lane.ready.valid() || writePicture(lane));
         if (!written || i >= count)
             continue;
-        const QByteArray record = QByteArray::fromRawData(data.constData() + i * frameSize, frameSize);
-        lane.ready = std::async(std::launch::async, [this, &lane, record] { return prepare(lane, record); });
+        lane.ready =
+            std::async(std::launch::async, [this, &lane, &data, i] { return prepare(lane, data, i); });
         if (i == count - 1)
             taken();
     }
@@ -155,10 +137,7 @@ bool VideoFileWriterWorker::writePicture(Lane &lane)
     return false;
 }
 
-bool VideoFileWriterWorker::prepare(Lane &lane, const QByteArray &record) const
+bool VideoFileWriterWorker::prepare(Lane &lane, const QByteArray &data, qlonglong index) const
 {
-    return lane.picture &&
-           lane.frame->set(record, m_geometry.width, m_geometry.height, m_geometry.imgSize(),
-                           m_geometry.metaSize, m_yearOffset) &&
-           lane.picture->fill(lane.frame->marked());
+    return lane.picture && develop(*lane.frame, data, index) && lane.picture->fill(lane.frame->marked());
 }

@@ -1,9 +1,7 @@
 #pragma once
 
-#include "image/img_adj_data.h"
+#include "save/develop_worker.h"
 #include "save/vesk_writer.h"
-#include "save/vesk_writer_worker.h"
-#include "take/frame_geometry.h"
 
 #include <functional>
 #include <future>
@@ -39,7 +37,7 @@ private:
  * thread. While a frame is encoded the next ones are decoded and converted, each on a thread that lasts as
  * long as that.
  */
-class VideoFileWriterWorker : public VeskWriterWorker
+class VideoFileWriterWorker : public DevelopWorker
 {
     Q_OBJECT
 
@@ -62,13 +60,9 @@ private:
 
     bool writeRecords(const QByteArray &data, qlonglong count, const std::function<void()> &taken);
     bool encodeRecords(const QByteArray &data, qlonglong count, const std::function<void()> &taken);
-    bool prepare(Lane &lane, const QByteArray &record) const;
+    bool prepare(Lane &lane, const QByteArray &data, qlonglong index) const;
     bool writePicture(Lane &lane);
 
     VideoEncoder *m_encoder;
-    FrameGeometry m_geometry;
-    /** Seconds since 1970. */
-    quint64 m_yearOffset;
-    ImgAdjData m_imgAdj;
     std::vector<Lane> m_lanes;
 };

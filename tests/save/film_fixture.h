@@ -39,18 +39,5 @@ struct FilmFixture : SimSaveFixture {
         QTest::newRow("H.264") << Util::CodecH264;
     }
 
-    /** Blue, green, red of each pixel, row by row. */
-    static QByteArray bgr(const QImage &image)
-    {
-        QByteArray bytes;
-        for (int y = 0; y < image.height(); ++y) {
-            for (int x = 0; x < image.width(); ++x) {
-                const QRgb pixel = image.pixel(x, y);
-                bytes += char(qBlue(pixel));
-                bytes += char(qGreen(pixel));
-                bytes += char(qRed(pixel));
-            }
-        }
-        return bytes;
-    }
+    static QByteArray bgr(const QImage &image) { return samples(image, &qBlue, &qGreen, &qRed); }
 };

@@ -3,6 +3,7 @@
 #include "app/qml_object_list_model_base.h"
 #include "app/vesk_app.h"
 #include "camera/camera.h"
+#include "file/vesk_file.h"
 #include "save/save_job.h"
 #include "save/save_job_queue.h"
 #include "save/save_manager.h"
@@ -77,6 +78,30 @@ struct SimSaveFixture {
             return {};
         take->setSelected(false);
         return take->imgFrame()->image();
+    }
+
+    /** The first frames of the take in the native file "source.vesk", opened as a source. */
+    VeskFile *openSaved(qlonglong frCnt)
+    {
+        SaveJob *native = save(Util::FormatVesk, 0, frCnt, QStringLiteral("source"));
+        if (!QTest::qWaitFor([native] { return native->state() == SaveJob::Done; }))
+            return nullptr;
+        native->open();
+        return qobject_cast<VeskFile *>(VeskApp::instance()->selectedVeskObject());
+    }
+
+    using Channel = int (*)(QRgb);
+    /** Three of 8 bits for each pixel, row by row. */
+    static QByteArray samples(const QImage &image, Channel first, Channel second, Channel third)
+    {
+        QByteArray bytes;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                for (const Channel channel : {first, second, third})
+                    bytes += char(channel(image.pixel(x, y)));
+            }
+        }
+        return bytes;
     }
 
     void fault(const q4sim::Fault &fault) { host.camera().setFault(q4sim::Route::Xfer, fault); }

@@ -47,16 +47,7 @@ private:
 
     static QByteArray rgb(const QImage &image)
     {
-        QByteArray bytes;
-        for (int y = 0; y < image.height(); ++y) {
-            for (int x = 0; x < image.width(); ++x) {
-                const QRgb pixel = image.pixel(x, y);
-                bytes += char(qRed(pixel));
-                bytes += char(qGreen(pixel));
-                bytes += char(qBlue(pixel));
-            }
-        }
-        return bytes;
+        return SimSaveFixture::samples(image, &qRed, &qGreen, &qBlue);
     }
 
 private slots:
@@ -234,10 +225,7 @@ private slots:
     void savesOfOneNameAtOnceTakeNoImageFromEachOther()
     {
         QVERIFY(openTake(0));
-        SaveJob *native = m_fixture->save(Util::FormatVesk, 0, 300, u"source"_s);
-        QTRY_COMPARE(native->state(), SaveJob::Done);
-        native->open();
-        auto *file = qobject_cast<VeskFile *>(VeskApp::instance()->selectedVeskObject());
+        VeskFile *file = m_fixture->openSaved(300);
         QVERIFY(file);
         QList<SaveJob *> jobs;
         for (int i = 0; i < 4; ++i)

@@ -23,8 +23,8 @@ private:
     static qsizetype openFiles()
     {
         const QFileInfoList all = QDir(u"/proc/self/fd"_s).entryInfoList(QDir::Files | QDir::System);
-        return std::ranges::count_if(all,
-                                     [](const QFileInfo &one) { return one.readSymLink().startsWith(u'/'); });
+        return std::ranges::count_if(
+            all, [](const QFileInfo &one) { return !one.readSymLink().contains(u"socket:"_s); });
     }
     static qsizetype threads()
     {
