@@ -182,6 +182,19 @@ qint64 Camera::takeFrameTimeNs(int number, qint64 frame) const
     return footage ? footage->timeNs(frame) : 0;
 }
 
+QJsonObject Camera::openTakeDescription(int number) const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_model.openTakeDescription(number, m_config.clock->nowNs());
+}
+
+SceneParams Camera::openTakeScene(int number) const
+{
+    const std::lock_guard lock(m_mutex);
+    const auto footage = m_model.openFootage(number);
+    return footage ? footage->correctedScene() : SceneParams{.width = 0, .height = 0};
+}
+
 SceneParams Camera::sceneParams() const
 {
     const std::lock_guard lock(m_mutex);
@@ -226,6 +239,8 @@ Answer Camera::carryOut(const Request &request, const Fault &fault)
         return {};
     if (fault.kind != FaultKind::Vanish)
         return m_model.handle(request);
+    if (concernsDrive(request))
+        return carryOutPulling(request, fault);
     const bool breaks = fault.bytes > 0;
     Answer answer;
     if (breaks)
@@ -234,6 +249,20 @@ Answer Camera::carryOut(const Request &request, const Fault &fault)
         answer.run->keep();
     m_model.dropTake(takeOf(request));
     return breaks ? answer : m_model.handle(request);
+}
+
+Answer Camera::carryOutPulling(const Request &request, const Fault &fault)
+{
+    const QJsonObject pull = {{"ssd", "remove"}};
+    if (fault.bytes == 0) {
+        m_model.operate(pull, request.timeNs);
+        return m_model.handle(request);
+    }
+    const Answer answer = m_model.handle(request);
+    if (answer.run)
+        answer.run->keep();
+    m_model.operate(pull, request.timeNs);
+    return answer;
 }
 
 Answer Camera::receive(const Request &request, Fault *fault)

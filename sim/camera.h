@@ -80,10 +80,16 @@ public:
     /// Time that a frame's metadata carries, ns since 1970; 0 without the take.
     qint64 takeFrameTimeNs(int number, qint64 frame) const;
 
+    /// The same two of a recording on the drive, by the number that it was opened with.
+    QJsonObject openTakeDescription(int number) const;
+    SceneParams openTakeScene(int number) const;
+
     /// Does to the camera what a hand does: plugs, pulls and breaks. Each key is one thing:
     ///   "lens": "mount", "remove" or "fail"          "af_switch": 0 for autofocus, else manual
     ///   "shutter": "work" or "fail" at its next move "sync_fps": signal at the sync input, frames/s; 0: none
-    ///   "ssd": "insert", "insert-blank", "insert-broken" or "remove"
+    ///   "ssd": "insert", "insert-blank", "insert-broken", "remove", "fail" (it works no more) or "full" (it
+    ///     takes no further recording)
+    ///   "ssd_close": number of a recording that the camera closes by itself
     ///   "lock", "unlock", "drop": number of a take  (drop: it is gone, locked or not)
     /// Returns an empty text, or one sentence on what makes no sense; then nothing is done.
     QString operate(const QJsonObject &order);
@@ -111,6 +117,7 @@ private:
     /// Fault of a request while it comes in, or of its answer; one use of it taken off.
     Fault takeFault(const Request &request, bool arriving);
     Answer carryOut(const Request &request, const Fault &fault);
+    Answer carryOutPulling(const Request &request, const Fault &fault);
     Answer receive(const Request &request, Fault *fault);
     void log(const Request &request);
 

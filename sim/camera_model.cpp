@@ -48,14 +48,17 @@ CameraModel::CameraModel(const Config &config)
       m_syncFps(config.syncFps), m_frameClock(config.clock->nowNs(), frClksMax),
       m_recorder(config.partitions), m_blackReference(config.blackRefSlots),
       m_lens(config.hasLens, config.afSwitch), m_shutter(config.shutterFails),
-      m_drive(config.hasSsd ? config.medium : Medium::None), m_update(config.rejectedFirmware)
+      m_drive(config.driveBytes, config.driveBytesPerSecond), m_update(config.rejectedFirmware)
 {
     const qint64 nowNs = config.clock->nowNs();
+    m_recorder.setCyclic(config.partitionOrder == PartitionOrder::Next);
     setResolution(valueAt(m_doc, QStringLiteral("acq/res")).toString(), nowNs);
     // Limited before it is rounded: a slow enough rate has more clocks a frame than an integer holds.
     setFrClks(qRound64(std::min(clkFreq / config.frameRate, double(frClksMax))), nowNs);
     m_expClks = snapExposure(m_frClks / 2, m_frClks);
     m_trigOffset = std::max(m_recorder.partitionFrames() / 2, 1);
+    m_drive.setRecordings(initialRecordings());
+    m_drive.mount(config.hasSsd ? config.medium : Medium::None);
     for (const TakeOrder &order : config.takes) {
         if (m_startError.isEmpty())
             makeTake(order, nowNs, &m_startError);
@@ -76,7 +79,7 @@ Answer CameraModel::handle(const Request &request)
         return refusal(405, QStringLiteral("method not allowed"));
     if (path.isEmpty())
         return jsonAnswer(status(request.timeNs));
-    if (path.startsWith(u"takes/"))
+    if (path.startsWith(u"takes/") || path.startsWith(u"ssd/takes/"))
         return takeAnswer(path, request.timeNs);
     return refusal(404, QStringLiteral("nothing at /%1").arg(path));
 }
@@ -91,8 +94,8 @@ void CameraModel::advance(qint64 nowNs)
             autosave(number, nowNs);
     }
     const QList<Drive::Save> done = m_drive.advance(nowNs);
+    unlock(done);
     for (const Drive::Save &save : done) {
-        m_recorder.setLocked(save.take, false);
         if (save.deletesTake)
             m_recorder.remove(save.take);
     }
@@ -147,6 +150,8 @@ QJsonObject CameraModel::drive(qint64 nowNs) const
     const QJsonObject moving = m_drive.object(nowNs);
     for (auto it = moving.begin(); it != moving.end(); ++it)
         ssd[it.key()] = it.value();
+    if (feature("ssd-save") < 2)
+        ssd.remove("wr_seq");
     return ssd;
 }
 
@@ -255,6 +260,8 @@ Answer CameraModel::transfer(const QJsonObject &arguments, qint64 nowNs)
         return refusal(400, QStringLiteral("unknown kind of transfer"));
     if (arguments["src"].toInt() == 0)
         return transferTake(arguments);
+    if (arguments["src"].toInt() == 2)
+        return transferOpenTake(arguments);
     if (arguments["src"].toInt() != 1)
         return refusal(404, QStringLiteral("no such source"));
     const SceneParams params = sceneParams();

@@ -14,6 +14,7 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 
 namespace q4sim
 {
@@ -42,6 +43,10 @@ public:
     QJsonObject takeDescription(int number, qint64 nowNs);
     /// Of a saved take; null for other numbers.
     std::shared_ptr<const Footage> footage(int number) const;
+    /// What the path of an opened recording shows; empty for a number that is none.
+    QJsonObject openTakeDescription(int number, qint64 nowNs);
+    /// Of an opened recording; null for other numbers.
+    std::shared_ptr<const Footage> openFootage(int number) const;
     /// What is wrong with the takes that the camera was to start with; empty if nothing.
     QString startError() const { return m_startError; }
 
@@ -68,12 +73,21 @@ private:
     QJsonObject surroundings(qint64 nowNs) const; ///< what a recording of this moment tells beside its frames
     std::shared_ptr<Footage> footageNow(qint64 nowNs) const;
     std::shared_ptr<Footage> footageFor(const TakeOrder &order, qint64 nowNs) const;
+    /// Sets `error` to what is wrong with an order that is sound by itself; empty if nothing.
+    std::shared_ptr<Footage> orderedFootage(const TakeOrder &order, qint64 nowNs, QString *error) const;
     QString placeInTime(const TakeOrder &order, qint64 nowNs, Footage *footage) const;
     Answer takeAnswer(const QString &path, qint64 nowNs);
     QJsonObject drive(qint64 nowNs) const;
-    int feature(const char *name) const; ///< 0 when it is missing
-    bool synced() const;                 ///< frames follow the signal at the sync input
-    int runningFrClks() const;           ///< frame length, by the camera's own clock or by that signal
+    static QJsonObject framesOf(qint64 first, qint64 last);
+    /// Size of the metadata, and of a recording the year that its frames count from.
+    void tellRecord(const Footage *recorded, QJsonObject *take) const;
+    QList<Drive::Recording> initialRecordings();
+    Drive::Save saveOf(int number, qint64 first, qint64 last) const;
+    bool startSave(const Drive::Save &save, qint64 nowNs);
+    void unlock(const QList<Drive::Save> &saves); ///< takes whose saves are over
+    int feature(const char *name) const;          ///< 0 when it is missing
+    bool synced() const;                          ///< frames follow the signal at the sync input
+    int runningFrClks() const; ///< frame length, by the camera's own clock or by that signal
     void setSyncFps(double fps, qint64 nowNs);
     void retime(qint64 nowNs);
     void autosave(int number, qint64 nowNs);
@@ -96,6 +110,7 @@ private:
     Answer putAutosave(const QString &path, const QJsonValue &value, qint64 nowNs);
     Answer putFstop(const QString &path, const QJsonValue &value, qint64 nowNs);
     Answer putOfTake(int number, const QString &path, const QByteArray &body, qint64 nowNs);
+    Answer putOfOpenTake(int number, const QString &path, const QByteArray &body, qint64 nowNs);
     Answer putTime(const QString &path, const QJsonValue &value, qint64 nowNs);
     Answer putVideoFormat(const QString &path, const QJsonValue &value, qint64 nowNs);
     Answer putLine(const QString &path, const QJsonValue &value, qint64 nowNs);
@@ -113,8 +128,15 @@ private:
     Answer ssdList(const QJsonObject &arguments, qint64 nowNs);
     Answer ssdUmount(const QJsonObject &arguments, qint64 nowNs);
     Answer ssdFormat(const QJsonObject &arguments, qint64 nowNs);
+    Answer ssdOpen(const QJsonObject &arguments, qint64 nowNs);
+    Answer ssdClose(const QJsonObject &arguments, qint64 nowNs);
+    Answer ssdSave(const QJsonObject &arguments, qint64 nowNs);
     Answer transfer(const QJsonObject &arguments, qint64 nowNs);
     Answer transferTake(const QJsonObject &arguments);
+    Answer transferOpenTake(const QJsonObject &arguments);
+    /// A take's frames, or those of a recording, which has `first` to `last`.
+    Answer run(const std::shared_ptr<const Footage> &footage, qint64 first, qint64 last,
+               const QJsonObject &arguments);
     std::shared_ptr<const SceneRenderer> rendererFor(const SceneParams &params);
     Answer frameHeaders(const SceneParams &params) const; ///< an answer that has no body yet
     Answer updateFirmware(const Request &request);
@@ -146,5 +168,8 @@ Answer refusal(int status, const QString &text);
 
 /// A JSON document as answer.
 Answer jsonAnswer(const QJsonObject &object);
+
+/// A whole number of a request's arguments; none when it is missing, no number or beyond what JSON can hold.
+std::optional<qint64> wholeNumber(const QJsonValue &value);
 
 } // namespace q4sim

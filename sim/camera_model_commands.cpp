@@ -51,6 +51,9 @@ Answer CameraModel::post(const QString &path, const QByteArray &body, qint64 now
         {QStringLiteral("ssd-ls"), {&CameraModel::ssdList, true}},
         {QStringLiteral("ssd-umount"), {&CameraModel::ssdUmount, false}},
         {QStringLiteral("ssd-format"), {&CameraModel::ssdFormat, true}},
+        {QStringLiteral("ssd-fopen"), {&CameraModel::ssdOpen, true}},
+        {QStringLiteral("ssd-fclose"), {&CameraModel::ssdClose, true}},
+        {QStringLiteral("ssd-save"), {&CameraModel::ssdSave, true}},
         {QStringLiteral("xfer"), {&CameraModel::transfer, true}},
     };
     const auto found = commands.find(path);
@@ -143,32 +146,6 @@ Answer CameraModel::moveShutter(const QJsonObject &arguments, qint64 nowNs)
     if ((feature("shtr") & 1) == 0)
         return refusal(409, QStringLiteral("no shutter"));
     m_shutter.move(*pos == 1, nowNs);
-    return done();
-}
-
-Answer CameraModel::ssdList(const QJsonObject &arguments, qint64 nowNs)
-{
-    if (m_drive.state(nowNs) != Drive::Ready)
-        return refusal(409, QStringLiteral("the drive is not ready"));
-    const bool plainNames = m_config.firmware == Firmware::Old || arguments["long"].toInt() != 1;
-    return jsonAnswer({{"ssd-ls", m_drive.listing(plainNames, nowNs)}});
-}
-
-Answer CameraModel::ssdUmount(const QJsonObject &, qint64 nowNs)
-{
-    if (!m_drive.umount(nowNs))
-        return refusal(409, QStringLiteral("the drive is not ready, or writes"));
-    return done();
-}
-
-Answer CameraModel::ssdFormat(const QJsonObject &arguments, qint64 nowNs)
-{
-    if (feature("ssd-format") == 0)
-        return refusal(404, QStringLiteral("no command /ssd-format"));
-    if (!arguments["name"].isString() || arguments["name"].toString().size() > 11)
-        return refusal(400, QStringLiteral("\"name\" must be a text of at most 11 characters"));
-    if (!m_drive.format(arguments["name"].toString(), nowNs))
-        return refusal(409, QStringLiteral("the drive is not ready, or writes"));
     return done();
 }
 

@@ -67,6 +67,8 @@ Answer CameraModel::put(const QString &path, const QByteArray &body, qint64 nowN
 {
     if (const int number = takeNumber(path); number > 0)
         return putOfTake(number, path.section(u'/', 2), body, nowNs);
+    if (const int number = openTakeNumber(path); number > 0)
+        return putOfOpenTake(number, path.section(u'/', 3), body, nowNs);
     const std::optional<ValueRow> row = findValue(path);
     if (!row || valueAt(status(nowNs), path).isUndefined())
         return refusal(404, QStringLiteral("no value at /%1").arg(path));
@@ -98,6 +100,22 @@ Answer CameraModel::putOfTake(int number, const QString &path, const QByteArray 
     if (path == u"acq/corr_mode" && (value->toInt() & ~feature("corr_mode")) != 0)
         return refusal(400, QStringLiteral("no such correction"));
     setValueAt(m_recorder.take(number).footage->description, path, *value);
+    return accepted();
+}
+
+Answer CameraModel::putOfOpenTake(int number, const QString &path, const QByteArray &body, qint64 nowNs)
+{
+    if (valueAt(openTakeDescription(number, nowNs), path).isUndefined())
+        return refusal(404, QStringLiteral("recording %1 has no value at /%2").arg(number).arg(path));
+    const std::optional<ValueRow> row = findValue(path);
+    if (!path.startsWith(u"adjust/") || !row || row->access == Access::ReadOnly)
+        return refusal(403, QStringLiteral("/%1 of a recording is read-only").arg(path));
+    const std::optional<QJsonValue> value = scalar(body);
+    if (!value)
+        return refusal(400, QStringLiteral("not a JSON scalar"));
+    if (const QString text = misfit(*row, *value); !text.isEmpty())
+        return refusal(400, text);
+    setValueAt(m_drive.openTake(number)->footage->description, path, *value);
     return accepted();
 }
 

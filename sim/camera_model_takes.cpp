@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <optional>
 
 // Takes: what they tell, their frames, and takes that are made without recording.
 namespace q4sim
@@ -18,25 +17,33 @@ namespace
 constexpr qint64 nsPerSecond = 1000000000;
 constexpr double latest = 7258118400.0; ///< 2200-01-01, in seconds since 1970
 
-// A whole number of JSON, up to where its numbers are exact.
-std::optional<qint64> frameNumber(const QJsonValue &value)
+} // namespace
+
+std::optional<qint64> wholeNumber(const QJsonValue &value)
 {
+    // Up to where the numbers of JSON are exact.
     const double number = value.toDouble(0.5);
     if (!value.isDouble() || number != std::floor(number) || std::abs(number) > 9007199254740992.0)
         return std::nullopt;
     return value.toInteger();
 }
 
-} // namespace
+QJsonObject CameraModel::framesOf(qint64 first, qint64 last)
+{
+    return {{"first_fr", first},
+            {"last_fr", last},
+            {"fr_cnt", last - first + 1},
+            {"pt_fr_cnt", std::max<qint64>(last - std::max<qint64>(first, 0) + 1, 0)}};
+}
 
 QJsonObject CameraModel::takeCounts(int number, qint64 nowNs) const
 {
     const Recorder::Take &take = m_recorder.take(number);
     if (take.saved) {
-        const qint64 post = std::max<qint64>(take.lastFrame - std::max<qint64>(take.firstFrame, 0) + 1, 0);
-        return {
-            {"prtn_fr_cnt", take.partitionFrames}, {"prtn_pt_cnt", post},    {"first_fr", take.firstFrame},
-            {"last_fr", take.lastFrame},           {"fr_cnt", take.count()}, {"pt_fr_cnt", post}};
+        QJsonObject counts = framesOf(take.firstFrame, take.lastFrame);
+        counts["prtn_fr_cnt"] = take.partitionFrames;
+        counts["prtn_pt_cnt"] = counts.value(QStringLiteral("pt_fr_cnt"));
+        return counts;
     }
     QJsonObject counts = {
         {"prtn_fr_cnt", m_recorder.partitionFrames()}, {"prtn_pt_cnt", m_trigOffset}, {"fr_cnt", 0}};
@@ -90,12 +97,8 @@ QJsonObject CameraModel::takeDescription(int number, qint64 nowNs)
     const QJsonObject rest = recorded ? recorded->description : told ? surroundings(nowNs) : QJsonObject();
     for (auto it = rest.begin(); it != rest.end(); ++it)
         take[it.key()] = it.value();
-    const bool inMeta = m_config.yearOffsetPlace == YearOffsetPlace::Meta;
     if (told)
-        setValueAt(take, inMeta ? QStringLiteral("meta/size") : QStringLiteral("meta_size"), metaSize);
-    if (recorded)
-        setValueAt(take, inMeta ? QStringLiteral("meta/year_offset") : QStringLiteral("time/year_offset"),
-                   recorded->yearOffset());
+        tellRecord(recorded.get(), &take);
     for (const auto &[path, value] : m_forced) {
         if (takeNumber(path) == number)
             setValueAt(take, path.section(u'/', 2), value);
@@ -103,35 +106,52 @@ QJsonObject CameraModel::takeDescription(int number, qint64 nowNs)
     return take;
 }
 
+void CameraModel::tellRecord(const Footage *recorded, QJsonObject *take) const
+{
+    const bool inMeta = m_config.yearOffsetPlace == YearOffsetPlace::Meta;
+    setValueAt(*take, inMeta ? QStringLiteral("meta/size") : QStringLiteral("meta_size"), metaSize);
+    if (recorded)
+        setValueAt(*take, inMeta ? QStringLiteral("meta/year_offset") : QStringLiteral("time/year_offset"),
+                   recorded->yearOffset());
+}
+
 Answer CameraModel::takeAnswer(const QString &path, qint64 nowNs)
 {
     const int number = takeNumber(path);
-    const QJsonObject take = takeDescription(number, nowNs);
-    if (take.isEmpty() || path.count(u'/') != 1)
+    const QJsonObject take =
+        number ? takeDescription(number, nowNs) : openTakeDescription(openTakeNumber(path), nowNs);
+    if (take.isEmpty() || path.count(u'/') != (number ? 1 : 2))
         return refusal(404, QStringLiteral("nothing at /%1").arg(path));
     // The tree down to the take, as in the status document.
-    return jsonAnswer({{"takes", QJsonObject{{path.section(u'/', 1), take}}}});
+    QJsonObject tree;
+    setValueAt(tree, path, take);
+    return jsonAnswer(tree);
 }
 
 Answer CameraModel::transferTake(const QJsonObject &arguments)
 {
-    const std::optional<qint64> number = frameNumber(arguments["take"]);
-    const std::optional<qint64> start = frameNumber(arguments["start"]);
-    const std::optional<qint64> count = frameNumber(arguments["cnt"]);
-    if (!number || !start || !count || *count < 1)
-        return refusal(400, QStringLiteral("\"take\", \"start\" and \"cnt\" must be whole numbers"));
+    const std::optional<qint64> number = wholeNumber(arguments["take"]);
+    if (!number)
+        return refusal(400, QStringLiteral("\"take\" must be a whole number"));
     if (*number < 1 || *number > m_recorder.partitionCount() ||
         !m_recorder.take(static_cast<int>(*number)).saved)
         return refusal(404, QStringLiteral("no take %1").arg(*number));
     const Recorder::Take &take = m_recorder.take(static_cast<int>(*number));
-    if (*start < take.firstFrame || *start > take.lastFrame || *count > take.lastFrame - *start + 1)
-        return refusal(404, QStringLiteral("take %1 has frames %2 to %3")
-                                .arg(*number)
-                                .arg(take.firstFrame)
-                                .arg(take.lastFrame));
-    const SceneParams params = take.footage->correctedScene();
+    return run(take.footage, take.firstFrame, take.lastFrame, arguments);
+}
+
+Answer CameraModel::run(const std::shared_ptr<const Footage> &footage, qint64 first, qint64 last,
+                        const QJsonObject &arguments)
+{
+    const std::optional<qint64> start = wholeNumber(arguments["start"]);
+    const std::optional<qint64> count = wholeNumber(arguments["cnt"]);
+    if (!start || !count || *count < 1)
+        return refusal(400, QStringLiteral("\"start\" and \"cnt\" must be whole numbers"));
+    if (*start < first || *start > last || *count > last - *start + 1)
+        return refusal(404, QStringLiteral("there are frames %1 to %2").arg(first).arg(last));
+    const SceneParams params = footage->correctedScene();
     Answer answer = frameHeaders(params);
-    answer.run = std::make_shared<FrameRun>(take.footage, rendererFor(params), *start, *count);
+    answer.run = std::make_shared<FrameRun>(footage, rendererFor(params), *start, *count);
     return answer;
 }
 
@@ -173,12 +193,9 @@ QString CameraModel::placeInTime(const TakeOrder &order, qint64 nowNs, Footage *
     return {};
 }
 
-int CameraModel::makeTake(const TakeOrder &order, qint64 nowNs, QString *error)
+std::shared_ptr<Footage> CameraModel::orderedFootage(const TakeOrder &order, qint64 nowNs,
+                                                     QString *error) const
 {
-    advance(nowNs);
-    *error = orderError(order);
-    if (!error->isEmpty())
-        return 0;
     const std::shared_ptr<Footage> footage = footageFor(order, nowNs);
     const SceneParams &scene = footage->scene;
     *error = placeInTime(order, nowNs, footage.get());
@@ -186,6 +203,16 @@ int CameraModel::makeTake(const TakeOrder &order, qint64 nowNs, QString *error)
         if (change.x < 0 || change.x >= scene.width || change.y < 0 || change.y >= scene.height)
             *error = QStringLiteral("a change is outside of the picture");
     }
+    return footage;
+}
+
+int CameraModel::makeTake(const TakeOrder &order, qint64 nowNs, QString *error)
+{
+    advance(nowNs);
+    *error = orderError(order);
+    if (!error->isEmpty())
+        return 0;
+    const std::shared_ptr<Footage> footage = orderedFootage(order, nowNs, error);
     if (!error->isEmpty())
         return 0;
     const qint64 count = order.last - order.first + 1;

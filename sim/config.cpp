@@ -18,6 +18,20 @@ QStringList allVideoFormats()
         QStringLiteral("1920x1080p30")};
 }
 
+QList<RecordingOrder> usualRecordings()
+{
+    const QString res = QStringLiteral("640x480");
+    return {{QStringLiteral("drop-test.vesk"),
+             1735732800,
+             {.first = -2000, .last = 7999, .triggerNs = 1735732000000000000, .res = res}},
+            {QStringLiteral("Airbag 07.vesk"),
+             1738411200,
+             {.first = -500, .last = 4499, .triggerNs = 1738411000000000000, .res = res}},
+            {QStringLiteral("wheel.vesk"),
+             1740830400,
+             {.first = 0, .last = 999, .triggerNs = 1740830000000000000, .res = res}}};
+}
+
 Config bareConfig()
 {
     Config config;
@@ -67,6 +81,12 @@ QString configError(const Config &config)
         if (const QString text = orderError(order); !text.isEmpty())
             return text;
     }
+    for (const RecordingOrder &order : config.recordings) {
+        if (const QString text = orderError(order.take); !text.isEmpty())
+            return text;
+    }
+    if (config.driveBytes < 0 || config.driveBytesPerSecond < 1000000)
+        return QStringLiteral("the drive must hold 0 bytes or more and write at least 1 MB a second");
     for (auto it = config.features.begin(); it != config.features.end(); ++it) {
         if (!featureNames().contains(it.key()) || it.value() < -1)
             return QStringLiteral("\"%1\" = %2 is no feature").arg(it.key()).arg(it.value());

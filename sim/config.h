@@ -22,11 +22,17 @@ enum class HeaderFamily { Img, Fr };
 /// New firmware names itself by a text and has all features; old firmware by a number and has few.
 enum class Firmware { New, Old };
 
+/// Which free partition a recording goes to: the first one, or the next one behind the last recording.
+enum class PartitionOrder { First, Next };
+
 /// Top-level object that holds year_offset.
 enum class YearOffsetPlace { Meta, Time };
 
 /// Formats of a camera's video output, all of them.
 QStringList allVideoFormats();
+
+/// Three recordings of 640x480.
+QList<RecordingOrder> usualRecordings();
 
 /// Everything that is decided before a camera is switched on.
 struct Config {
@@ -45,12 +51,16 @@ struct Config {
     qint64 memoryBytes = 8LL << 30; ///< frame memory; frames are computed, so this costs nothing
     double frameRate = 1000.0;      ///< frames per second at start
     int partitions = 4;
+    PartitionOrder partitionOrder = PartitionOrder::First;
     int blackRefSlots = 8;
     bool hasLens = true;
     bool hasShutter = true;
     bool hasSsd = true;
     Medium medium = Medium::Formatted; ///< in the drive's slot at start, when there is one
-    int afSwitch = 0;                  ///< lens/af_switch; 0: the camera may focus
+    qint64 driveBytes = 2000000000000;
+    qint64 driveBytesPerSecond = 500000000;
+    QList<RecordingOrder> recordings = usualRecordings(); ///< on a formatted drive when it is inserted
+    int afSwitch = 0;                                     ///< lens/af_switch; 0: the camera may focus
     bool shutterFails = false;
     double syncFps = 0.0; ///< signal at the sync input, frames per second; 0: none
 

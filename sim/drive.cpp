@@ -10,17 +10,16 @@ namespace
 {
 
 constexpr qint64 nsPerSecond = 1000000000;
-constexpr quint64 capacity = 2000000000000ULL; // bytes
-
-qint64 durationNs(const Drive::Save &save)
-{
-    // Microseconds are fine enough and keep terabytes within 64 bits.
-    return save.bytes / (Drive::bytesPerSecond / 1000000) * (nsPerSecond / 1000000);
-}
+constexpr auto extension = ".vesk";
 
 } // namespace
 
-Drive::Drive(Medium medium) : m_medium(Medium::None), m_state(Removed)
+Drive::Drive(qint64 bytes, qint64 bytesPerSecond)
+    : m_wholeBytes(bytes), m_bytes(bytes), m_bytesPerSecond(bytesPerSecond)
+{
+}
+
+void Drive::mount(Medium medium)
 {
     insert(medium, 0);
     if (m_medium != Medium::None)
@@ -32,16 +31,23 @@ QList<Drive::Save> Drive::insert(Medium medium, qint64 nowNs)
     m_medium = medium;
     m_state = medium == Medium::None ? Removed : Insert;
     m_changeNs = nowNs;
-    m_entries.clear();
-    m_name.clear();
-    const QList<Save> lost = std::exchange(m_saves, {});
-    if (medium != Medium::Formatted)
-        return lost;
-    m_name = QStringLiteral("Q4SSD");
-    m_entries = {{QStringLiteral("drop-test.q4"), 3072320000, 1735732800},
-                 {QStringLiteral("Airbag 07.q4"), 1536160000, 1738411200},
-                 {QStringLiteral("wheel.q4"), 307232000, 1740830400}};
-    return lost;
+    m_bytes = m_wholeBytes;
+    const bool formatted = medium == Medium::Formatted;
+    m_name = formatted ? QStringLiteral("Q4SSD") : QString();
+    m_recordings = formatted ? m_initial : QList<Recording>();
+    return stop();
+}
+
+QList<Drive::Save> Drive::fail()
+{
+    m_state = Fail;
+    return stop();
+}
+
+QList<Drive::Save> Drive::stop()
+{
+    m_open.clear();
+    return std::exchange(m_saves, {});
 }
 
 int Drive::state(qint64 nowNs) const
@@ -65,11 +71,12 @@ QJsonArray Drive::listing(bool plainNames, qint64 nowNs) const
     QJsonArray list;
     if (state(nowNs) != Ready)
         return list;
-    for (const Entry &entry : m_entries) {
+    for (const Recording &recording : m_recordings) {
         if (plainNames)
-            list.append(entry.name);
+            list.append(recording.name);
         else
-            list.append(QJsonObject{{"name", entry.name}, {"size", entry.size}, {"time", entry.time}});
+            list.append(
+                QJsonObject{{"name", recording.name}, {"size", recording.size}, {"time", recording.time}});
     }
     return list;
 }
@@ -86,6 +93,7 @@ bool Drive::umount(qint64 nowNs)
         return false;
     m_state = Shutdown;
     m_changeNs = nowNs;
+    stop();
     return true;
 }
 
@@ -96,14 +104,64 @@ bool Drive::format(const QString &name, qint64 nowNs)
     m_medium = Medium::Formatted;
     m_state = Formatting;
     m_changeNs = nowNs;
-    m_entries.clear();
+    m_recordings.clear();
+    m_bytes = m_wholeBytes;
     m_name = name;
+    stop();
     return true;
+}
+
+int Drive::open(const QString &name)
+{
+    const auto found = std::find_if(m_recordings.begin(), m_recordings.end(),
+                                    [&](const Recording &recording) { return recording.name == name; });
+    if (found == m_recordings.end())
+        return 0;
+    // Its end is the end of this number's frames alone.
+    Recording opened = *found;
+    opened.footage = std::make_shared<Footage>(*found->footage);
+    m_open[++m_opened] = opened;
+    return m_opened;
+}
+
+bool Drive::close(int number)
+{
+    return m_open.erase(number) > 0;
+}
+
+const Drive::Recording *Drive::openTake(int number) const
+{
+    const auto found = m_open.find(number);
+    return found == m_open.end() ? nullptr : &found->second;
+}
+
+QString Drive::freeName(const QString &name) const
+{
+    const auto taken = [this](const QString &full) {
+        const auto named = [&](const Recording &recording) { return recording.name == full; };
+        return std::any_of(m_recordings.begin(), m_recordings.end(), named) ||
+               std::any_of(m_saves.begin(), m_saves.end(),
+                           [&](const Save &save) { return named(save.recording); });
+    };
+    QString full = name + QLatin1StringView(extension);
+    for (int number = 2; taken(full); ++number)
+        full = QStringLiteral("%1 (%2)%3").arg(name).arg(number).arg(QLatin1StringView(extension));
+    return full;
+}
+
+qint64 Drive::taken() const
+{
+    qint64 bytes = 0;
+    for (const Recording &recording : m_recordings)
+        bytes += recording.size;
+    for (const Save &save : m_saves)
+        bytes += save.recording.size;
+    return bytes;
 }
 
 bool Drive::save(const Save &save, qint64 nowNs)
 {
-    if (state(nowNs) != Ready)
+    if (state(nowNs) != Ready || save.recording.size > m_bytes - taken())
         return false;
     if (m_saves.isEmpty())
         m_saveNs = nowNs;
@@ -111,21 +169,36 @@ bool Drive::save(const Save &save, qint64 nowNs)
     return true;
 }
 
+bool Drive::writes(int take) const
+{
+    return std::any_of(m_saves.begin(), m_saves.end(),
+                       [take](const Save &save) { return save.take == take; });
+}
+
 QList<Drive::Save> Drive::advance(qint64 nowNs)
 {
     QList<Save> done;
     while (!m_saves.isEmpty() && nowNs - m_saveNs >= durationNs(m_saves.first())) {
-        const Save save = m_saves.takeFirst();
+        Save save = m_saves.takeFirst();
         m_saveNs += durationNs(save);
         ++m_savesDone;
-        m_entries.append({save.name, save.bytes, m_saveNs / nsPerSecond});
+        save.recording.time = m_saveNs / nsPerSecond;
+        m_recordings.append(save.recording);
         done.append(save);
     }
     return done;
 }
 
+qint64 Drive::durationNs(const Save &save) const
+{
+    // Microseconds are fine enough and keep terabytes within 64 bits.
+    return save.recording.size / (m_bytesPerSecond / 1000000) * (nsPerSecond / 1000000);
+}
+
 int Drive::progress(qint64 nowNs) const
 {
+    if (state(nowNs) == Formatting)
+        return static_cast<int>((nowNs - m_changeNs) * 100 / formatNs);
     if (m_saves.isEmpty())
         return 0;
     const qint64 whole = std::max<qint64>(durationNs(m_saves.first()) / 100, 1);
@@ -134,18 +207,20 @@ int Drive::progress(qint64 nowNs) const
 
 QJsonObject Drive::object(qint64 nowNs) const
 {
-    const bool ready = state(nowNs) == Ready;
-    quint64 used = 0;
-    for (const Entry &entry : m_entries)
-        used += static_cast<quint64>(entry.size);
+    qint64 used = 0;
+    for (const Recording &recording : m_recordings)
+        used += recording.size;
+    QJsonArray open;
+    for (const auto &[number, recording] : m_open)
+        open.append(number);
     return {{"state", state(nowNs)},
             {"wr_state", m_saves.isEmpty() ? 0 : 1},
             {"wr_seq", m_savesDone},
             {"progress", progress(nowNs)},
             {"name", m_name},
-            {"size", QString::number(m_medium == Medium::None ? 0 : capacity, 16)},
-            {"used", QString::number(ready ? used : 0, 16)},
-            {"open_takes", QJsonArray()}};
+            {"size", QString::number(m_medium == Medium::None ? 0 : m_bytes, 16)},
+            {"used", QString::number(state(nowNs) == Ready ? used : 0, 16)},
+            {"open_takes", open}};
 }
 
 } // namespace q4sim

@@ -19,14 +19,29 @@ struct RouteName {
     const char *name;
     Route route;
 };
-constexpr std::array<RouteName, 8> routeNames = {{{"status", Route::Status},
-                                                  {"xfer", Route::Xfer},
-                                                  {"takes", Route::Takes},
-                                                  {"bref", Route::Bref},
-                                                  {"put", Route::Put},
-                                                  {"ssd-ls", Route::SsdLs},
-                                                  {"command", Route::Command},
-                                                  {"q4fw", Route::Q4fw}}};
+constexpr std::array routeNames = {RouteName{"status", Route::Status},
+                                   RouteName{"xfer", Route::Xfer},
+                                   RouteName{"takes", Route::Takes},
+                                   RouteName{"ssd-takes", Route::SsdTakes},
+                                   RouteName{"bref", Route::Bref},
+                                   RouteName{"put", Route::Put},
+                                   RouteName{"ssd-ls", Route::SsdLs},
+                                   RouteName{"ssd-fopen", Route::SsdFopen},
+                                   RouteName{"ssd-fclose", Route::SsdFclose},
+                                   RouteName{"ssd-save", Route::SsdSave},
+                                   RouteName{"command", Route::Command},
+                                   RouteName{"q4fw", Route::Q4fw}};
+
+// Paths of the POST requests that have a route of their own.
+struct PathRoute {
+    const char *path;
+    Route route;
+};
+constexpr std::array pathRoutes = {
+    PathRoute{"/xfer", Route::Xfer},          PathRoute{"/q4fw", Route::Q4fw},
+    PathRoute{"/bref", Route::Bref},          PathRoute{"/ssd-ls", Route::SsdLs},
+    PathRoute{"/ssd-fopen", Route::SsdFopen}, PathRoute{"/ssd-fclose", Route::SsdFclose},
+    PathRoute{"/ssd-save", Route::SsdSave}};
 
 struct KindName {
     const char *name;
@@ -124,15 +139,21 @@ Route routeOf(const Request &request)
 {
     if (request.method == "PUT")
         return Route::Put;
+    if (request.method == "GET" && request.path.startsWith(u"/takes/"))
+        return Route::Takes;
     if (request.method == "GET")
-        return request.path.startsWith(u"/takes/") ? Route::Takes : Route::Status;
-    if (request.path == u"/xfer")
-        return Route::Xfer;
-    if (request.path == u"/q4fw")
-        return Route::Q4fw;
-    if (request.path == u"/bref")
-        return Route::Bref;
-    return request.path == u"/ssd-ls" ? Route::SsdLs : Route::Command;
+        return request.path.startsWith(u"/ssd/takes/") ? Route::SsdTakes : Route::Status;
+    const auto found = std::find_if(pathRoutes.begin(), pathRoutes.end(), [&](const PathRoute &row) {
+        return request.path == QLatin1StringView(row.path);
+    });
+    return found == pathRoutes.end() ? Route::Command : found->route;
+}
+
+bool concernsDrive(const Request &request)
+{
+    if (request.path != u"/xfer")
+        return request.path.startsWith(u"/ssd");
+    return QJsonDocument::fromJson(request.body).object()["src"].toInt() == 2;
 }
 
 qint64 bodySize(const Answer &answer)

@@ -11,7 +11,20 @@ namespace q4sim
 {
 
 /// Kinds of requests that faults are set for.
-enum class Route { Status, Xfer, Takes, Bref, Put, SsdLs, Command, Q4fw }; ///< Takes: descriptions
+enum class Route {
+    Status,
+    Xfer,
+    Takes,    ///< descriptions of partitions
+    SsdTakes, ///< descriptions of opened recordings
+    Bref,
+    Put,
+    SsdLs,
+    SsdFopen,
+    SsdFclose,
+    SsdSave,
+    Command, ///< all others
+    Q4fw
+};
 
 enum class FaultKind {
     None,
@@ -28,7 +41,8 @@ enum class FaultKind {
     EmptyReply,  ///< 200 with an empty body
     NoAnswer,    ///< the connection stays open, nothing is sent and the request has no effect
     Vanish,      ///< the take asked for is gone, locked or not: 404 for its frames, or with `bytes` a
-                 ///< connection that breaks after so many bytes of them; its description has become empty
+                 ///< connection that breaks after so many bytes of them; its description has become empty.
+                 ///< A request to the drive finds it pulled out, or with `bytes` pulls it out behind itself
     CloseUpload, ///< breaks the connection when `bytes` bytes (0: `percent`) of a firmware upload are in
     SlowUpload   ///< reads `bytes` bytes (0: 64 KiB) of a firmware upload every `ms`
 };
@@ -51,6 +65,9 @@ struct Fault {
 };
 
 Route routeOf(const Request &request);
+
+/// True for a command to the drive, and for description and frames of a recording on it.
+bool concernsDrive(const Request &request);
 
 /// Take that a request asks for by its path or as a transfer; 0 when it asks for none.
 int takeOf(const Request &request);

@@ -88,6 +88,22 @@ SceneParams Footage::correctedScene() const
     return corrected;
 }
 
+std::optional<RecordingOrder> readRecordingOrder(const QJsonObject &json, QString *error)
+{
+    QJsonObject rest = json;
+    RecordingOrder order;
+    order.name = rest.take(QStringLiteral("name")).toString();
+    const QJsonValue time = rest.take(QStringLiteral("time"));
+    const std::optional<TakeOrder> take = readTakeOrder(rest, error);
+    if (take && (order.name.isEmpty() || !time.isDouble() || time.toInteger() < 0)) {
+        *error = QStringLiteral("a recording has a \"name\" and a \"time\" of 0 or more");
+        return std::nullopt;
+    }
+    order.time = time.toInteger();
+    order.take = take.value_or(TakeOrder());
+    return take ? std::optional(order) : std::nullopt;
+}
+
 QString orderError(const TakeOrder &order)
 {
     int width = 0;

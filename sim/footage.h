@@ -44,6 +44,16 @@ struct TakeOrder {
     bool operator==(const TakeOrder &) const = default;
 };
 
+/// A recording that lies on the drive when it is inserted. Its frames are those of `take`, whose partition
+/// and lock say nothing here.
+struct RecordingOrder {
+    QString name;
+    qint64 time = 0; ///< when it was written, seconds since 1970
+    TakeOrder take = {};
+
+    bool operator==(const RecordingOrder &) const = default;
+};
+
 /// What is wrong with an order whatever the camera, in one sentence; empty if nothing.
 QString orderError(const TakeOrder &order);
 
@@ -51,5 +61,8 @@ QString orderError(const TakeOrder &order);
 /// of which may be missing. "scene" is "moving", "still" or "plain"; "changes" is an array of objects with
 /// "frame", "to" (missing: that frame alone), "x", "y" and "add". Sets `error` when it returns none.
 std::optional<TakeOrder> readTakeOrder(const QJsonObject &json, QString *error);
+
+/// Reads {"name", "time"} and the keys of a take order. Sets `error` when it returns none.
+std::optional<RecordingOrder> readRecordingOrder(const QJsonObject &json, QString *error);
 
 } // namespace q4sim

@@ -37,6 +37,8 @@ constexpr std::array options = {
     Option{"year-offset", "meta|time", "", "Object that holds year_offset."},
     Option{"memory", "MiB", "8192", "Frame memory."},
     Option{"partitions", "count", "4", "Partitions at start."},
+    Option{"partition-order", "first|next", "first",
+           "Where a recording goes: to the first free partition, or to the next one behind the last."},
     Option{"frame-rate", "fps", "1000", "Frame rate at start."},
     Option{"black-refs", "count", "8", "Black references that can be taken."},
     Option{"no-lens", "", "", "No lens is mounted."},
@@ -45,6 +47,13 @@ constexpr std::array options = {
     Option{"shutter-fails", "", "", "The shutter fails at each move."},
     Option{"no-ssd", "", "", "No drive is inserted."},
     Option{"ssd", "formatted|blank|broken", "formatted", "What the inserted drive is like."},
+    Option{"ssd-size", "MB", "2000000", "Size of the drive."},
+    Option{"ssd-speed", "MB/s", "500", "How fast the drive is written."},
+    Option{"recording", "json", "",
+           "A recording on the drive in place of the three usual ones: a name, the time of its writing in "
+           "seconds since 1970, and frames as for --take, such as "
+           "{\"name\":\"a.vesk\",\"time\":1700000000,\"last\":99}. Give it again for one more."},
+    Option{"recordings", "count", "", "So many small recordings on the drive, named by number."},
     Option{
         "feature", "name=number", "",
         "One of corr_mode, q4fw, lens, shtr, ssd-format, ssd-save; -1: the camera does not tell it. Give it "
@@ -135,6 +144,41 @@ void readEquipment(Reader &reader, Config *config)
     config->rejectedFirmware = reader.text("reject-firmware").toUtf8();
 }
 
+// A count of recordings, each a minute after the one before, of 1 to 100 frames.
+void makeRecordings(qint64 count, Config *config)
+{
+    config->recordings.clear();
+    for (qint64 i = 0; i < count; ++i) {
+        RecordingOrder order;
+        order.name = QStringLiteral("run %1.vesk").arg(i + 1, 5, 10, QLatin1Char('0'));
+        order.time = 1700000000 + i * 60;
+        order.take.first = 0;
+        order.take.last = i % 100;
+        order.take.res = QStringLiteral("320x240");
+        config->recordings.append(order);
+    }
+}
+
+void readRecordings(Reader &reader, Config *config)
+{
+    config->driveBytes = reader.number("ssd-size", 0, 1 << 30) * 1000000;
+    config->driveBytesPerSecond = reader.number("ssd-speed", 1, 1000000) * 1000000;
+    if (reader.isSet("recordings"))
+        makeRecordings(reader.number("recordings", 0, 100000), config);
+    const QStringList texts = reader.texts("recording");
+    if (reader.isSet("recording"))
+        config->recordings.clear();
+    for (const QString &text : texts) {
+        const QJsonDocument document = QJsonDocument::fromJson(text.toUtf8());
+        QString error = QStringLiteral("not a JSON object");
+        const auto order = document.isObject() ? readRecordingOrder(document.object(), &error) : std::nullopt;
+        if (order)
+            config->recordings.append(*order);
+        else if (!text.isEmpty())
+            reader.fail(QStringLiteral("--recording: %1").arg(error));
+    }
+}
+
 void readTakes(Reader &reader, Config *config)
 {
     const QStringList texts = reader.texts("take");
@@ -169,6 +213,9 @@ Config readCommon(Reader &reader)
     config.blackRefSlots = static_cast<int>(reader.number("black-refs", 0, 1000000));
     readEquipment(reader, &config);
     readTakes(reader, &config);
+    readRecordings(reader, &config);
+    const int order = reader.word("partition-order", "first|next");
+    config.partitionOrder = order == 1 ? PartitionOrder::Next : PartitionOrder::First;
     config.seed = static_cast<quint32>(reader.number("seed", 0, std::numeric_limits<quint32>::max()));
     return config;
 }

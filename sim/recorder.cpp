@@ -51,9 +51,11 @@ qint64 Recorder::postTriggerFrames(qint64 nowFrame) const
 
 int Recorder::freePartition() const
 {
-    for (int n = 1; n <= partitionCount(); ++n) {
-        if (!take(n).saved)
-            return n;
+    const int before = m_cyclic ? m_last : 0;
+    for (int step = 0; step < partitionCount(); ++step) {
+        const int number = (before + step) % partitionCount() + 1;
+        if (!take(number).saved)
+            return number;
     }
     return 0;
 }
@@ -63,6 +65,8 @@ void Recorder::begin(int number, qint64 frame)
     m_active = number;
     m_startFrame = frame;
     m_state = number ? Recording : Standby;
+    if (number)
+        m_last = number;
 }
 
 bool Recorder::record(qint64 nowFrame)
@@ -113,6 +117,7 @@ bool Recorder::partition(int count, qint64 nowFrame)
     if (m_state == Triggered || !lockedTakes().isEmpty() || count < 1)
         return false;
     m_takes.assign(static_cast<size_t>(count), {});
+    m_last = 0;
     if (m_state == Recording)
         begin(1, nowFrame);
     return true;

@@ -65,6 +65,9 @@ public:
     /// Goes on with the next free partition after a take, instead of to standby.
     void setContinuous(bool on) { m_continuous = on; }
 
+    /// Takes the free partitions in turn, instead of the first one each time.
+    void setCyclic(bool on) { m_cyclic = on; }
+
     /// Ends a triggered recording whose last frame is complete.
     void advance(qint64 nowFrame);
 
@@ -77,6 +80,8 @@ private:
     int m_active = 0;
     int m_frames = 1;
     bool m_continuous = false;
+    bool m_cyclic = false;
+    int m_last = 0; ///< partition of the newest recording
     qint64 m_startFrame = 0;
     qint64 m_triggerFrame = 0;
     int m_postFrames = 0;

@@ -171,6 +171,12 @@ int takeNumber(const QString &path)
     return form.match(path).captured(1).toInt();
 }
 
+int openTakeNumber(const QString &path)
+{
+    static const QRegularExpression form(QStringLiteral("^ssd/takes/take([1-9]\\d{0,8})(/|$)"));
+    return form.match(path).captured(1).toInt();
+}
+
 QJsonValue valueAt(const QJsonObject &tree, const QString &path)
 {
     QJsonValue value = tree;

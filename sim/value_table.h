@@ -30,6 +30,9 @@ std::optional<ValueRow> findValue(const QString &path);
 /// Number of the take that a path such as "takes/take3" or "takes/take3/acq/corr_mode" is of; 0 for others.
 int takeNumber(const QString &path);
 
+/// The same of a recording that was opened, such as "ssd/takes/take3".
+int openTakeNumber(const QString &path);
+
 /// Value at a path of keys joined with "/"; Undefined when a step is missing.
 QJsonValue valueAt(const QJsonObject &tree, const QString &path);
 

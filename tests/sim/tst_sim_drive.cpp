@@ -191,15 +191,15 @@ void TestSimDrive::autosaveNamesItsRecordings()
     recordTake();
     QCOMPARE(m_fix.number("ssd/name_seq"), 42);
     m_fix.wait(10s);
-    QVERIFY(names().contains("run_41.q4"));
+    QVERIFY(names().contains("run_41.vesk"));
     QCOMPARE(m_fix.put("/ssd/autosave/name", "\"<seq:4> <time:yyyy>\""), 200);
     recordTake();
     m_fix.wait(10s);
-    QVERIFY2(names().contains("0042 2025.q4"), qPrintable(names().join(u',')));
+    QVERIFY2(names().contains("0042 2025.vesk"), qPrintable(names().join(u',')));
     QCOMPARE(m_fix.put("/ssd/autosave/name", "\"plain\""), 200);
     recordTake();
     m_fix.wait(10s);
-    QVERIFY(names().contains("plain.q4"));
+    QVERIFY(names().contains("plain.vesk"));
     QCOMPARE(m_fix.number("ssd/name_seq"), 43);
 }
 

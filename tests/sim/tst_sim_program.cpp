@@ -23,6 +23,7 @@ private slots:
     void optionsReachTheCamera();
     void equipmentReachesTheCamera();
     void takesAreThereAtStart();
+    void recordingsAreThereAtStart();
     void longRunLeavesTheMemoryFlat_data();
     void longRunLeavesTheMemoryFlat();
     void bareCameraCanBeGivenThings();
@@ -161,6 +162,27 @@ void TestSimProgram::takesAreThereAtStart()
     const QJsonObject told = client.get("/takes/take2").json()["takes"]["take2"].toObject();
     QCOMPARE(told["fr_cnt"].toInt(), 9);
     QCOMPARE(told["acq"]["fr_rate"].toDouble(), 59.94);
+    end(process);
+}
+
+void TestSimProgram::recordingsAreThereAtStart()
+{
+    QProcess process;
+    start(process, {"--address", "127.0.1.60", "--recordings", "3", "--address", "127.0.1.61"});
+    const auto listed = [](const QString &address) {
+        return HttpClient(address).send("POST", "/ssd-ls", "{\"long\": 1}").json()["ssd-ls"].toArray();
+    };
+    QCOMPARE(listed("127.0.1.61").size(), 3);
+    QCOMPARE(listed("127.0.1.60")[2].toObject(),
+             QJsonObject({{"name", "run 00003.vesk"}, {"size", 3 * 76832}, {"time", 1700000120}}));
+    end(process);
+    start(process, {"--address", "127.0.1.60", "--recording",
+                    R"({"name":"a b.vesk","time":1700000000,"first":-1,"last":2,"res":"16x16"})",
+                    "--ssd-size", "1", "--ssd-speed", "1", "--partition-order", "next"});
+    QCOMPARE(listed("127.0.1.60"),
+             QJsonArray({QJsonObject{{"name", "a b.vesk"}, {"size", 4 * 288}, {"time", 1700000000}}}));
+    const QJsonObject ssd = HttpClient("127.0.1.60").get().json()["ssd"].toObject();
+    QCOMPARE(ssd["size"].toString(), QString::number(1000000, 16));
     end(process);
 }
 

@@ -1,0 +1,486 @@
+#include "camera_fixture.h"
+#include "take_frames.h"
+
+#include "sim/scene.h"
+
+#include <QJsonArray>
+
+using namespace q4sim;
+using namespace std::chrono_literals;
+
+class TestSimRecordings : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void drivesHoldWhatTheyAreTold();
+    void oldFirmwareListsNames();
+    void openedRecordingHasANumberOfItsOwn();
+    void openedRecordingIsDescribed();
+    void openedRecordingGivesItsFrames();
+    void frameOutsideIsRefused_data();
+    void frameOutsideIsRefused();
+    void onlyTheAdjustmentIsWritten_data();
+    void onlyTheAdjustmentIsWritten();
+    void closedRecordingIsGone();
+    void cameraClosesByItself_data();
+    void cameraClosesByItself();
+    void unknownRecordingIsRefused_data();
+    void unknownRecordingIsRefused();
+    void saveTakesItsTime();
+    void savesAreQueuedAndCounted();
+    void takenNameGetsANumber();
+    void savedRangeKeepsItsNumbers();
+    void recordingOutlivesItsTake();
+    void olderFirmwareNamesAndCountsNothing();
+    void saveIsRefused_data();
+    void saveIsRefused();
+    void fullDriveTakesNothingMore();
+    void failedDriveLosesItsSaves();
+    void formatShowsItsProgress();
+    void vanishedDriveAnswersNothing_data();
+    void vanishedDriveAnswersNothing();
+    void recordingsGoRoundThePartitions();
+    void senselessDeedIsRefused_data();
+    void senselessDeedIsRefused();
+
+private:
+    QStringList names(const QByteArray &body = "{\"long\": 1}");
+    int open(const QString &name);
+    QJsonObject save(int take, int start, int count, const QString &name, int status = 200);
+
+    CameraFixture m_fix{QStringLiteral("127.0.1.75")};
+};
+
+// A frame of 16 x 16 pixels has 256 bytes and 32 of metadata, one of 32 x 16 has 544.
+void TestSimRecordings::init()
+{
+    Config config = m_fix.config();
+    config.resolutions = QStringList{"16x16"};
+    config.driveBytesPerSecond = 1000000;
+    config.recordings = {
+        {QStringLiteral("b \"c\"/d.vesk"), 1700000000, {.first = -3, .last = 4, .res = "16x16"}},
+        {QStringLiteral("plain.vesk"), 1700000060, {.first = 5, .last = 5, .res = "32x16"}}};
+    config.takes = {{.first = -10, .last = 89}, {.first = 0, .last = 9}};
+    m_fix.start(config);
+}
+
+QStringList TestSimRecordings::names(const QByteArray &body)
+{
+    QStringList names;
+    const QJsonArray list = m_fix.client().send("POST", "/ssd-ls", body).json()["ssd-ls"].toArray();
+    for (const QJsonValue &entry : list)
+        names.append(entry.isString() ? entry.toString() : entry["name"].toString());
+    return names;
+}
+
+int TestSimRecordings::open(const QString &name)
+{
+    const QByteArray body = QJsonDocument(QJsonObject{{"name", name}}).toJson();
+    return m_fix.client().send("POST", "/ssd-fopen", body).json()["take"].toInt();
+}
+
+QJsonObject TestSimRecordings::save(int take, int start, int count, const QString &name, int status)
+{
+    const QJsonObject order = {{"take", take}, {"start", start}, {"cnt", count}, {"name", name}};
+    const Reply reply = m_fix.client().send("POST", "/ssd-save", QJsonDocument(order).toJson());
+    if (reply.status != status)
+        qWarning("status %d", reply.status);
+    return reply.status == status ? reply.json() : QJsonObject{{"failed", true}};
+}
+
+void TestSimRecordings::drivesHoldWhatTheyAreTold()
+{
+    const QJsonArray list =
+        m_fix.client().send("POST", "/ssd-ls", "{\"long\": 1}").json()["ssd-ls"].toArray();
+    QCOMPARE(list,
+             QJsonArray({QJsonObject{{"name", "b \"c\"/d.vesk"}, {"size", 8 * 288}, {"time", 1700000000}},
+                         QJsonObject{{"name", "plain.vesk"}, {"size", 544}, {"time", 1700000060}}}));
+    QCOMPARE(m_fix.text("ssd/used").toLongLong(nullptr, 16), 8 * 288 + 544);
+    QCOMPARE(names("{}"), QStringList({"b \"c\"/d.vesk", "plain.vesk"}));
+}
+
+void TestSimRecordings::oldFirmwareListsNames()
+{
+    Config config = m_fix.config();
+    config.firmware = Firmware::Old;
+    m_fix.start(config);
+    const QJsonArray list =
+        m_fix.client().send("POST", "/ssd-ls", "{\"long\": 1}").json()["ssd-ls"].toArray();
+    QCOMPARE(list, QJsonArray({"drop-test.vesk", "Airbag 07.vesk", "wheel.vesk"}));
+}
+
+void TestSimRecordings::openedRecordingHasANumberOfItsOwn()
+{
+    QCOMPARE(m_fix.value("ssd/open_takes").toArray(), QJsonArray());
+    QCOMPARE(open("plain.vesk"), 1);
+    QCOMPARE(open("b \"c\"/d.vesk"), 2);
+    QCOMPARE(open("plain.vesk"), 3);
+    QCOMPARE(m_fix.value("ssd/open_takes").toArray(), QJsonArray({1, 2, 3}));
+}
+
+void TestSimRecordings::openedRecordingIsDescribed()
+{
+    open("plain.vesk");
+    open("b \"c\"/d.vesk");
+    const QJsonObject tree = m_fix.client().send("GET", "/ssd/takes/take2").json();
+    QCOMPARE(tree.keys(), QStringList{"ssd"});
+    const QJsonObject take = tree["ssd"]["takes"]["take2"].toObject();
+    QCOMPARE(take, m_fix.camera().openTakeDescription(2));
+    QCOMPARE(take["first_fr"].toInt(), -3);
+    QCOMPARE(take["last_fr"].toInt(), 4);
+    QCOMPARE(take["fr_cnt"].toInt(), 8);
+    QCOMPARE(take["pt_fr_cnt"].toInt(), 5);
+    QCOMPARE(take["acq"]["res"].toString(), QStringLiteral("16x16"));
+    QCOMPARE(take["meta"]["size"].toInt(), 32);
+    QCOMPARE(take["meta"]["year_offset"].toInt(), 1672531200); // 2023
+    QVERIFY(!take.contains("prtn_fr_cnt"));
+    QCOMPARE(m_fix.client().send("GET", "/ssd/takes/take3").status, 404);
+    QCOMPARE(m_fix.client().send("GET", "/ssd/takes/take2/acq").status, 404);
+}
+
+void TestSimRecordings::openedRecordingGivesItsFrames()
+{
+    open("b \"c\"/d.vesk");
+    const Reply reply =
+        m_fix.client().send("POST", "/xfer", R"({"type":3,"src":2,"take":1,"start":-3,"cnt":8})");
+    QCOMPARE(reply.status, 200);
+    QCOMPARE(reply.body.size(), 8 * 288);
+    const SceneParams scene = m_fix.camera().openTakeScene(1);
+    QCOMPARE(scene.width, 16);
+    for (int frame = -3; frame <= 4; ++frame) {
+        const qsizetype at = (frame + 3) * 288 + 32;
+        for (int y = 0; y < 16; ++y) {
+            for (int x = 0; x < 16; ++x)
+                QCOMPARE(int(quint8(reply.body[at + y * 16 + x])), int(pixel(scene, frame, x, y)));
+        }
+    }
+}
+
+void TestSimRecordings::frameOutsideIsRefused_data()
+{
+    QTest::addColumn<QByteArray>("body");
+    QTest::addColumn<int>("status");
+    QTest::newRow("before") << QByteArray(R"({"type":3,"src":2,"take":1,"start":-4,"cnt":1})") << 404;
+    QTest::newRow("behind") << QByteArray(R"({"type":3,"src":2,"take":1,"start":4,"cnt":2})") << 404;
+    QTest::newRow("none") << QByteArray(R"({"type":3,"src":2,"take":1,"start":0,"cnt":0})") << 400;
+    QTest::newRow("not open") << QByteArray(R"({"type":3,"src":2,"take":2,"start":0,"cnt":1})") << 404;
+    QTest::newRow("no number") << QByteArray(R"({"type":3,"src":2,"start":0,"cnt":1})") << 404;
+}
+
+void TestSimRecordings::frameOutsideIsRefused()
+{
+    QFETCH(QByteArray, body);
+    QFETCH(int, status);
+    open("b \"c\"/d.vesk");
+    QCOMPARE(m_fix.post("/xfer", body), status);
+}
+
+void TestSimRecordings::onlyTheAdjustmentIsWritten_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QByteArray>("body");
+    QTest::addColumn<int>("status");
+    QTest::newRow("gain") << "/ssd/takes/take1/adjust/gain" << QByteArray("2.5") << 200;
+    QTest::newRow("gain out of range") << "/ssd/takes/take1/adjust/gain" << QByteArray("11") << 400;
+    QTest::newRow("correction") << "/ssd/takes/take1/acq/corr_mode" << QByteArray("1") << 403;
+    QTest::newRow("unknown") << "/ssd/takes/take1/adjust/nothing" << QByteArray("1") << 404;
+    QTest::newRow("not open") << "/ssd/takes/take2/adjust/gain" << QByteArray("2.5") << 404;
+}
+
+void TestSimRecordings::onlyTheAdjustmentIsWritten()
+{
+    QFETCH(QString, path);
+    QFETCH(QByteArray, body);
+    QFETCH(int, status);
+    open("plain.vesk");
+    QCOMPARE(m_fix.client().put(path, body), status);
+    const QJsonObject take = m_fix.camera().openTakeDescription(1);
+    const double gain = take["adjust"]["gain"].toDouble();
+    QCOMPARE(gain, status == 200 ? 2.5 : 1.0);
+}
+
+void TestSimRecordings::closedRecordingIsGone()
+{
+    open("plain.vesk");
+    open("plain.vesk");
+    QCOMPARE(m_fix.post("/ssd-fclose", "{\"take\":1}"), 200);
+    QCOMPARE(m_fix.value("ssd/open_takes").toArray(), QJsonArray({2}));
+    QCOMPARE(m_fix.post("/ssd-fclose", "{\"take\":1}"), 404);
+    QCOMPARE(m_fix.post("/ssd-fclose", "{\"take\":-1}"), 404);
+    QCOMPARE(m_fix.post("/ssd-fclose", "{}"), 404);
+    QCOMPARE(m_fix.client().send("GET", "/ssd/takes/take1").status, 404);
+    QCOMPARE(open("plain.vesk"), 3);
+}
+
+void TestSimRecordings::cameraClosesByItself_data()
+{
+    QTest::addColumn<QJsonObject>("order");
+    QTest::addColumn<QJsonArray>("open");
+    QTest::newRow("one") << QJsonObject{{"ssd_close", 1}} << QJsonArray({2});
+    QTest::newRow("pulled") << QJsonObject{{"ssd", "remove"}} << QJsonArray();
+    QTest::newRow("failed") << QJsonObject{{"ssd", "fail"}} << QJsonArray();
+    QTest::newRow("another drive") << QJsonObject{{"ssd", "insert"}} << QJsonArray();
+    QTest::newRow("full") << QJsonObject{{"ssd", "full"}} << QJsonArray({1, 2});
+}
+
+void TestSimRecordings::cameraClosesByItself()
+{
+    QFETCH(QJsonObject, order);
+    QFETCH(QJsonArray, open);
+    this->open("plain.vesk");
+    this->open("plain.vesk");
+    QCOMPARE(m_fix.camera().operate(order), QString());
+    QCOMPARE(m_fix.value("ssd/open_takes").toArray(), open);
+}
+
+void TestSimRecordings::unknownRecordingIsRefused_data()
+{
+    QTest::addColumn<QByteArray>("body");
+    QTest::addColumn<int>("status");
+    QTest::newRow("other name") << QByteArray("{\"name\":\"plain\"}") << 404;
+    QTest::newRow("no name") << QByteArray("{}") << 404;
+    QTest::newRow("quote as it stands") << QByteArray("{\"name\":\"b \"c\"/d.vesk\"}") << 400;
+}
+
+void TestSimRecordings::unknownRecordingIsRefused()
+{
+    QFETCH(QByteArray, body);
+    QFETCH(int, status);
+    QCOMPARE(m_fix.post("/ssd-fopen", body), status);
+    QCOMPARE(m_fix.value("ssd/open_takes").toArray(), QJsonArray());
+}
+
+void TestSimRecordings::saveTakesItsTime()
+{
+    // 100 frames of 288 bytes, a byte a microsecond.
+    QCOMPARE(save(1, -10, 100, "run"), QJsonObject({{"seq", 1}, {"name", "run.vesk"}}));
+    QCOMPARE(m_fix.number("ssd/wr_state"), 1);
+    QCOMPARE(m_fix.number("ssd/wr_seq"), 0);
+    QCOMPARE(m_fix.value("acq/locked_takes").toArray(), QJsonArray({1}));
+    m_fix.wait(7200us);
+    QCOMPARE(m_fix.number("ssd/progress"), 25);
+    QVERIFY(!names().contains("run.vesk"));
+    m_fix.wait(21600us);
+    QCOMPARE(m_fix.number("ssd/wr_state"), 0);
+    QCOMPARE(m_fix.number("ssd/wr_seq"), 1);
+    QCOMPARE(m_fix.number("ssd/progress"), 0);
+    QCOMPARE(m_fix.value("acq/locked_takes").toArray(), QJsonArray());
+    QVERIFY(names().contains("run.vesk"));
+}
+
+void TestSimRecordings::savesAreQueuedAndCounted()
+{
+    QCOMPARE(save(1, -10, 100, "a")["seq"].toInt(), 1);
+    QCOMPARE(save(1, 0, 10, "b")["seq"].toInt(), 2);
+    QCOMPARE(save(2, 0, 10, "c")["seq"].toInt(), 3);
+    m_fix.wait(28800us);
+    QCOMPARE(m_fix.number("ssd/wr_seq"), 1);
+    QCOMPARE(m_fix.value("acq/locked_takes").toArray(), QJsonArray({1, 2}));
+    m_fix.wait(2880us);
+    QCOMPARE(m_fix.number("ssd/wr_seq"), 2);
+    QCOMPARE(m_fix.value("acq/locked_takes").toArray(), QJsonArray({2}));
+    m_fix.wait(2880us);
+    QCOMPARE(m_fix.number("ssd/wr_seq"), 3);
+    QCOMPARE(save(2, 0, 1, "d")["seq"].toInt(), 4);
+}
+
+void TestSimRecordings::takenNameGetsANumber()
+{
+    QCOMPARE(save(1, 0, 1, "plain")["name"].toString(), QStringLiteral("plain (2).vesk"));
+    QCOMPARE(save(1, 0, 1, "plain")["name"].toString(), QStringLiteral("plain (3).vesk"));
+}
+
+void TestSimRecordings::savedRangeKeepsItsNumbers()
+{
+    QCOMPARE(save(1, -4, 3, "part")["seq"].toInt(), 1);
+    m_fix.wait(1s);
+    const int number = open("part.vesk");
+    const QJsonObject take = m_fix.camera().openTakeDescription(number);
+    QCOMPARE(take["first_fr"].toInt(), -4);
+    QCOMPARE(take["last_fr"].toInt(), -2);
+    const auto frames = [&](int src, int of) {
+        const QString body = QStringLiteral(R"({"type":3,"src":%1,"take":%2,"start":-4,"cnt":3})");
+        return m_fix.client().send("POST", "/xfer", body.arg(src).arg(of).toUtf8()).body;
+    };
+    QCOMPARE(frames(2, number).size(), 3 * 288);
+    QCOMPARE(frames(2, number), frames(0, 1));
+}
+
+void TestSimRecordings::recordingOutlivesItsTake()
+{
+    save(1, 0, 10, "kept");
+    m_fix.camera().dropTake(1);
+    m_fix.wait(1s);
+    const int number = open("kept.vesk");
+    QCOMPARE(
+        m_fix.post("/xfer",
+                   QStringLiteral(R"({"type":3,"src":2,"take":%1,"start":0,"cnt":10})").arg(number).toUtf8()),
+        200);
+}
+
+void TestSimRecordings::olderFirmwareNamesAndCountsNothing()
+{
+    Config config = m_fix.config();
+    config.resolutions = QStringList{"16x16"};
+    config.takes = {{.first = 0, .last = 99}};
+    config.driveBytesPerSecond = 1000000;
+    config.features["ssd-save"] = 1;
+    m_fix.start(config);
+    QVERIFY(m_fix.value("ssd/wr_seq").isUndefined());
+    QCOMPARE(m_fix.client().send("POST", "/ssd-save", R"({"take":1,"start":0,"cnt":100})").json(),
+             QJsonObject());
+    QCOMPARE(m_fix.number("ssd/wr_state"), 1);
+    QCOMPARE(m_fix.post("/ssd-save", R"({"take":1,"start":0,"cnt":100})"), 409);
+    m_fix.wait(28800us);
+    QCOMPARE(m_fix.number("ssd/wr_state"), 0);
+    QVERIFY(names().contains("take1.vesk"));
+    QCOMPARE(m_fix.post("/ssd-save", R"({"take":1,"start":0,"cnt":100})"), 200);
+    m_fix.wait(1s);
+    QVERIFY(names().contains("take1 (2).vesk"));
+}
+
+void TestSimRecordings::saveIsRefused_data()
+{
+    QTest::addColumn<QByteArray>("body");
+    QTest::addColumn<int>("status");
+    const auto order = [](int take, int start, int count, const QByteArray &name) {
+        return QStringLiteral(R"({"take":%1,"start":%2,"cnt":%3,"name":"%4"})")
+            .arg(take)
+            .arg(start)
+            .arg(count)
+            .arg(QString::fromUtf8(name))
+            .toUtf8();
+    };
+    QTest::newRow("no such take") << order(3, 0, 1, "x") << 404;
+    QTest::newRow("frames before") << order(1, -11, 1, "x") << 404;
+    QTest::newRow("frames behind") << order(1, 89, 2, "x") << 404;
+    QTest::newRow("no frames") << order(1, 0, 0, "x") << 400;
+    QTest::newRow("no name") << order(1, 0, 1, "") << 400;
+    QTest::newRow("slash") << order(1, 0, 1, "a/b") << 400;
+    QTest::newRow("255 bytes") << order(1, 0, 1, QByteArray(250, 'x')) << 200;
+    QTest::newRow("256 bytes") << order(1, 0, 1, QByteArray(251, 'x')) << 400;
+    QTest::newRow("quote as it stands") << order(1, 0, 1, "a\"b") << 400;
+    QTest::newRow("no number") << QByteArray(R"({"take":"1","start":0,"cnt":1,"name":"x"})") << 400;
+}
+
+void TestSimRecordings::saveIsRefused()
+{
+    QFETCH(QByteArray, body);
+    QFETCH(int, status);
+    QCOMPARE(m_fix.post("/ssd-save", body), status);
+    QCOMPARE(m_fix.number("ssd/wr_state"), status == 200 ? 1 : 0);
+}
+
+void TestSimRecordings::fullDriveTakesNothingMore()
+{
+    save(2, 0, 10, "before");
+    QCOMPARE(m_fix.camera().operate({{"ssd", "full"}}), QString());
+    QCOMPARE(save(1, 0, 1, "x", 507)["error"].toString(), QStringLiteral("the drive is full"));
+    m_fix.wait(1s);
+    QVERIFY(names().contains("before.vesk"));
+    QCOMPARE(m_fix.text("ssd/used"), m_fix.text("ssd/size"));
+    QCOMPARE(m_fix.post("/ssd-format", "{\"name\":\"X\"}"), 200);
+    m_fix.wait(2s);
+    QCOMPARE(save(1, 0, 1, "x")["seq"].toInt(), 2);
+}
+
+void TestSimRecordings::failedDriveLosesItsSaves()
+{
+    save(1, 0, 10, "lost");
+    QCOMPARE(m_fix.camera().operate({{"ssd", "fail"}}), QString());
+    QCOMPARE(m_fix.number("ssd/state"), 7);
+    QCOMPARE(m_fix.number("ssd/wr_state"), 0);
+    QCOMPARE(m_fix.value("acq/locked_takes").toArray(), QJsonArray());
+    QCOMPARE(m_fix.post("/ssd-ls", "{\"long\": 1}"), 409);
+    QCOMPARE(m_fix.post("/ssd-fopen", "{\"name\":\"plain.vesk\"}"), 409);
+    QVERIFY(save(1, 0, 10, "x", 409).contains("error"));
+    m_fix.wait(1s);
+    QCOMPARE(m_fix.number("ssd/wr_seq"), 0);
+    m_fix.camera().operate({{"ssd", "insert"}});
+    m_fix.wait(1s);
+    QCOMPARE(names(), QStringList({"b \"c\"/d.vesk", "plain.vesk"}));
+}
+
+void TestSimRecordings::formatShowsItsProgress()
+{
+    open("plain.vesk");
+    QCOMPARE(m_fix.post("/ssd-format", "{\"name\":\"X\"}"), 200);
+    QCOMPARE(m_fix.value("ssd/open_takes").toArray(), QJsonArray());
+    QCOMPARE(m_fix.number("ssd/progress"), 0);
+    m_fix.wait(500ms);
+    QCOMPARE(m_fix.number("ssd/progress"), 25);
+    QCOMPARE(m_fix.number("ssd/state"), 9);
+    m_fix.wait(1500ms);
+    QCOMPARE(m_fix.number("ssd/progress"), 0);
+    QCOMPARE(names(), QStringList());
+}
+
+void TestSimRecordings::vanishedDriveAnswersNothing_data()
+{
+    QTest::addColumn<Route>("route");
+    QTest::addColumn<QByteArray>("method");
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QByteArray>("body");
+    QTest::addColumn<int>("status");
+    const QByteArray post = "POST";
+    QTest::newRow("list") << Route::SsdLs << post << "/ssd-ls" << QByteArray("{\"long\": 1}") << 409;
+    QTest::newRow("open") << Route::SsdFopen << post << "/ssd-fopen"
+                          << QByteArray("{\"name\":\"plain.vesk\"}") << 409;
+    QTest::newRow("close") << Route::SsdFclose << post << "/ssd-fclose" << QByteArray("{\"take\":1}") << 404;
+    QTest::newRow("save") << Route::SsdSave << post << "/ssd-save"
+                          << QByteArray(R"({"take":1,"start":0,"cnt":1,"name":"x"})") << 409;
+    QTest::newRow("description") << Route::SsdTakes << QByteArray("GET") << "/ssd/takes/take1" << QByteArray()
+                                 << 404;
+    QTest::newRow("frame") << Route::Xfer << post << "/xfer"
+                           << QByteArray(R"({"type":3,"src":2,"take":1,"start":5,"cnt":1})") << 404;
+    QTest::newRow("eject") << Route::Command << post << "/ssd-umount" << QByteArray() << 409;
+}
+
+void TestSimRecordings::vanishedDriveAnswersNothing()
+{
+    QFETCH(Route, route);
+    QFETCH(QByteArray, method);
+    QFETCH(QString, path);
+    QFETCH(QByteArray, body);
+    QFETCH(int, status);
+    open("plain.vesk");
+    m_fix.camera().setFault(route, {.kind = FaultKind::Vanish, .count = 1});
+    QCOMPARE(m_fix.client().send(method, path, body).status, status);
+    QCOMPARE(m_fix.number("ssd/state"), 0);
+}
+
+void TestSimRecordings::recordingsGoRoundThePartitions()
+{
+    Config config = m_fix.config();
+    config.resolutions = QStringList{"16x16"};
+    config.partitions = 3;
+    config.partitionOrder = PartitionOrder::Next;
+    m_fix.start(config);
+    QCOMPARE(m_fix.put("/acq/trig_offset", "10"), 200);
+    for (const int expected : {1, 2, 3, 1, 2}) {
+        QCOMPARE(m_fix.post("/rec"), 200);
+        QCOMPARE(m_fix.number("acq/active_take"), expected);
+        QCOMPARE(m_fix.post("/trig"), 200);
+        m_fix.wait(1s);
+        QCOMPARE(m_fix.post("/del", QStringLiteral("{\"take\":%1}").arg(expected).toUtf8()), 200);
+    }
+}
+
+void TestSimRecordings::senselessDeedIsRefused_data()
+{
+    QTest::addColumn<QJsonObject>("order");
+    QTest::newRow("closing what is not open") << QJsonObject{{"ssd_close", 1}};
+    QTest::newRow("closing nothing") << QJsonObject{{"ssd_close", "plain.vesk"}};
+    QTest::newRow("unknown deed") << QJsonObject{{"ssd", "burn"}};
+}
+
+void TestSimRecordings::senselessDeedIsRefused()
+{
+    QFETCH(QJsonObject, order);
+    QVERIFY(!m_fix.camera().operate(order).isEmpty());
+}
+
+QTEST_GUILESS_MAIN(TestSimRecordings)
+#include "tst_sim_recordings.moc"
