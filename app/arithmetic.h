@@ -10,6 +10,15 @@ inline bool fuzzyEqual(double a, double b)
     return qFuzzyIsNull(a - b) || qFuzzyCompare(a, b);
 }
 
+/** A number without its fraction, and the nearer end of the 64-bit scale for one beyond it. */
+inline qint64 wholePart(double value)
+{
+    constexpr double limit = 9223372036854775808.0; // 2^63, the first double that is too large
+    if (!(value > -limit && value < limit))
+        return value > 0 ? std::numeric_limits<qint64>::max() : std::numeric_limits<qint64>::min();
+    return static_cast<qint64>(value);
+}
+
 /** The end of the 64-bit scale that lies in the direction of a sign. */
 inline qint64 scaleEnd(bool negative)
 {

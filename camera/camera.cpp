@@ -27,6 +27,7 @@ Camera::Camera(const QHostAddress &ip, QObject *parent) : VeskObject(CameraType,
     auto *model = new CameraImgAdjModel(this);
     setImgAdjModel(model);
     setVeskFrame(new VeskFrame(&model->data(), this));
+    createDrive();
 
     m_pollTimer = new QTimer(this);
     connect(m_pollTimer, &QTimer::timeout, this, [this] { pollCameraValues(false); });
@@ -36,6 +37,7 @@ Camera::Camera(const QHostAddress &ip, QObject *parent) : VeskObject(CameraType,
     connect(this, &VeskObject::selectedChanged, this, &Camera::armPreview);
 
     m_fileSaveJobQueue = new SaveJobQueue(this);
+    m_ssdSaveJobQueue = new SaveJobQueue(this);
     createFirmwareUpdate();
     setObjectName(objectName() + QStringLiteral("-Camera"));
 }
@@ -116,7 +118,8 @@ void Camera::disconnectCamera()
 {
     qDebug() << Q_FUNC_INFO;
     emit shouldBeUnselected();
-    unselectTakes();
+    unselectTakes(*m_takes);
+    unselectTakes(*m_ssdTakes);
     setConnected(false);
 }
 
@@ -129,6 +132,7 @@ void Camera::pollCameraValues(bool init)
     VeskApp::limitReply(reply);
     reply->setProperty("init", init);
     m_pollInProgress = true;
+    expectSsdTakes();
     connect(reply, &QNetworkReply::finished, this, &Camera::pollCameraValuesFinished);
     connect(this, &QObject::destroyed, reply, &QObject::deleteLater);
 }
@@ -141,7 +145,9 @@ void Camera::pollCameraValuesFinished()
     if (usable) {
         const QJsonObject object = document.object();
         updateValues(object);
-        updateTakes(object, reply->property("init").toBool());
+        const bool init = reply->property("init").toBool();
+        updateTakes(object, init);
+        updateSsdTakes(object, init);
         setConnected(true, object);
     }
     if (!document.isNull())

@@ -11,17 +11,21 @@
 
 #include <array>
 
+class QJsonArray;
 class QNetworkReply;
 class QQmlObjectListModelBase;
 class QStringListModel;
 class QTimer;
 class SaveJobQueue;
 class SavedTakeModel;
+class SsdLsListModel;
+class SsdLsSortProxyModel;
 class Take;
 struct SettingEntries;
 
 Q_MOC_INCLUDE("save/save_job_queue.h")
 Q_MOC_INCLUDE("take/saved_take_model.h")
+Q_MOC_INCLUDE("take/ssd_ls_sort_proxy_model.h")
 Q_MOC_INCLUDE("take/take.h")
 
 /**
@@ -43,6 +47,7 @@ class Camera : public VeskObject
 #undef VESK_VALUE_PROPERTY
     Q_PROPERTY(QQmlObjectListModelBase *ios READ ios CONSTANT)
     Q_PROPERTY(QQmlObjectListModelBase *takes READ takes CONSTANT)
+    Q_PROPERTY(QQmlObjectListModelBase *ssdTakes READ ssdTakes CONSTANT)
     Q_PROPERTY(Take *activeTake READ activeTake NOTIFY activeTakeChanged)
     Q_PROPERTY(SavedTakeModel *savedTakes READ savedTakes NOTIFY savedTakesChanged)
     Q_PROPERTY(QStringListModel *resList READ resList NOTIFY resListChanged)
@@ -57,7 +62,9 @@ class Camera : public VeskObject
     Q_PROPERTY(int vidFormatIndex READ vidFormatIndex NOTIFY vidFormatIndexChanged)
     Q_PROPERTY(QStringListModel *fstopList READ fstopList NOTIFY fstopListChanged)
     Q_PROPERTY(int fstopIndex READ fstopIndex NOTIFY fstopIndexChanged)
+    Q_PROPERTY(SsdLsSortProxyModel *ssdLsEntries READ ssdLsEntries CONSTANT)
     Q_PROPERTY(SaveJobQueue *fileSaveJobQueue READ fileSaveJobQueue CONSTANT)
+    Q_PROPERTY(SaveJobQueue *ssdSaveJobQueue READ ssdSaveJobQueue CONSTANT)
     Q_PROPERTY(double fwUpdateProgress READ fwUpdateProgress NOTIFY fwUpdateProgressChanged)
     Q_PROPERTY(QString fwUpdateStatus READ fwUpdateStatus NOTIFY fwUpdateStatusChanged)
 
@@ -120,6 +127,8 @@ public:
     /** One Take for each partition, numbered from 1; all are replaced when the number of partitions changes.
      */
     QQmlObjectListModelBase *takes() const { return m_takes; }
+    /** The recordings on the drive that were opened, as SsdTake. */
+    QQmlObjectListModelBase *ssdTakes() const { return m_ssdTakes; }
     /** The partition that records now, or null. */
     Take *activeTake() const { return m_activeTake; }
     /** The takes that hold a recording. */
@@ -141,6 +150,10 @@ public:
 
     /** The saves of this camera's takes into files. While one runs it has the link to itself. */
     SaveJobQueue *fileSaveJobQueue() const { return m_fileSaveJobQueue; }
+    /** The saves of this camera's takes onto its drive, which the camera does by itself. */
+    SaveJobQueue *ssdSaveJobQueue() const { return m_ssdSaveJobQueue; }
+    /** What the drive holds as of the last ssdLs(), sorted; the source model tells what is selected. */
+    SsdLsSortProxyModel *ssdLsEntries() const { return m_ssdLsEntries; }
 
     /** Percent of the upload; 0 while none runs, and a little above 0 before its first report. */
     double fwUpdateProgress() const { return m_fwUpdateProgress; }
@@ -171,8 +184,12 @@ public slots:
     void lensFocus(int step);
     /** Closes the shutter (true) or opens it. */
     void shutterMove(bool pos);
-    /** Asks for the recordings on the drive. */
+    /** Asks for the recordings on the drive, with which the list is filled anew. */
     void ssdLs();
+    /** Opens the first selected recording of the list, if there is one. */
+    void ssdFOpen();
+    /** Opens a recording on the drive as a source and selects it. */
+    void ssdFOpen(const QString &name);
     void ssdUmount();
     void ssdFormat(const QString &name);
     /** Sends a firmware file; the camera installs it by itself and tells by fwState how it went. */
@@ -211,6 +228,8 @@ private slots:
     void pollCameraValuesFinished();
     void resetSavedTakeFilter();
     void brefFinished();
+    void ssdLsFinished();
+    void ssdFOpenFinished();
     void fwUpdateFinished();
 
 private:
@@ -230,6 +249,7 @@ private:
     void createValues();
     void createLines();
     void createTakes();
+    void createDrive();
     void createLists();
     void wireLists();
     void showEntries(SettingList &list, const SettingEntries &entries, void (Camera::*listChanged)(),
@@ -261,7 +281,13 @@ private:
     /** Brings the takes up to what the status says; init is true for the poll that makes the connection. */
     void updateTakes(const QJsonObject &document, bool init);
     void replaceTakes(int count);
-    void unselectTakes();
+    /** Those of a list, before they go. */
+    static void unselectTakes(const QQmlObjectListModelBase &takes);
+    /** Takes out what the status does not list as open any more. */
+    void updateSsdTakes(const QJsonObject &document, bool init);
+    /** A status that is asked for from now on knows of all recordings that are open. */
+    void expectSsdTakes();
+    void fillSsdLsList(const QJsonArray &elements);
     QString settingsKey(const QString &key) const;
     QNetworkReply *postCommand(const QString &path, const QByteArray &body);
     void sendCommand(const QString &path, const QByteArray &body = {});
@@ -276,6 +302,7 @@ private:
     QElapsedTimer m_previewClock; // since the connection
     QQmlObjectListModelBase *m_ios = nullptr;
     QQmlObjectListModelBase *m_takes;
+    QQmlObjectListModelBase *m_ssdTakes;
     SavedTakeModel *m_savedTakes;
     Take *m_activeTake = nullptr;
     SettingList m_resList;
@@ -284,7 +311,10 @@ private:
     SettingList m_trigOffsetList;
     SettingList m_vidFormatList;
     SettingList m_fstopList;
+    SsdLsListModel *m_ssdLsList;
+    SsdLsSortProxyModel *m_ssdLsEntries;
     SaveJobQueue *m_fileSaveJobQueue;
+    SaveJobQueue *m_ssdSaveJobQueue;
     double m_fwUpdateProgress = 0.0;
     QString m_fwUpdateStatus;
     /** The upload has ended and the camera is thought to be finishing. */

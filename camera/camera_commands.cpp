@@ -62,21 +62,6 @@ void Camera::shutterMove(bool pos)
     sendCommand(QStringLiteral("/shtr"), QStringLiteral("{\"pos\":%1}").arg(int(pos)).toUtf8());
 }
 
-void Camera::ssdLs()
-{
-    sendCommand(QStringLiteral("/ssd-ls"), "{\"long\": 1}");
-}
-
-void Camera::ssdUmount()
-{
-    sendCommand(QStringLiteral("/ssd-umount"));
-}
-
-void Camera::ssdFormat(const QString &name)
-{
-    sendCommand(QStringLiteral("/ssd-format"), QStringLiteral("{\"name\":\"%1\"}").arg(name).toUtf8());
-}
-
 void Camera::brefFinished()
 {
     auto *reply = qobject_cast<QNetworkReply *>(sender());

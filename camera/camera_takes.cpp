@@ -2,6 +2,7 @@
 
 #include "app/qml_object_list_model.h"
 #include "take/saved_take_model.h"
+#include "take/ssd_take.h"
 #include "take/take.h"
 
 #include <QJsonArray>
@@ -15,6 +16,7 @@ static constexpr int MaxPartitions = 1024;
 void Camera::createTakes()
 {
     m_takes = new QQmlObjectListModel<Take>(this);
+    m_ssdTakes = new QQmlObjectListModel<SsdTake>(this);
     m_savedTakes = new SavedTakeModel(m_takes, this);
 }
 
@@ -48,7 +50,7 @@ void Camera::updateTakes(const QJsonObject &document, bool init)
 
 void Camera::replaceTakes(int count)
 {
-    unselectTakes();
+    unselectTakes(*m_takes);
     for (int i = 0; i < m_takes->size(); ++i)
         m_takes->get(i)->deleteLater();
     m_takes->clear();
@@ -60,10 +62,10 @@ void Camera::replaceTakes(int count)
 }
 
 /** Before they go, so that the view of the one that is shown goes before its take. */
-void Camera::unselectTakes()
+void Camera::unselectTakes(const QQmlObjectListModelBase &takes)
 {
-    for (int i = 0; i < m_takes->size(); ++i)
-        emit qobject_cast<Take *>(m_takes->get(i))->shouldBeUnselected();
+    for (int i = 0; i < takes.size(); ++i)
+        emit qobject_cast<AbstractTake *>(takes.get(i))->shouldBeUnselected();
 }
 
 void Camera::resetSavedTakeFilter()
