@@ -68,6 +68,19 @@ public:
         endInsertRows();
     }
 
+    /** Adds many items at the end as one change, so that a sorted view of them is sorted once. */
+    void appendAll(const QList<ItemType *> &added)
+    {
+        if (added.isEmpty())
+            return;
+        beginInsertRows({}, size(), size() + int(added.size()) - 1);
+        m_items.append(added);
+        for (ItemType *item : added)
+            referenceItem(item);
+        updateCount();
+        endInsertRows();
+    }
+
     void move(int idx, int pos) override
     {
         if (idx == pos)
@@ -112,10 +125,13 @@ public:
     QVariant data(const QModelIndex &index, int role) const override
     {
         ItemType *item = m_items.value(index.row());
+        // Sorted and filtered views ask for this one often; it needs no name.
+        if (item && role == ItemRole)
+            return QVariant::fromValue(item);
         const QByteArray name = nameOfRole(role);
         if (!item || name.isEmpty())
             return {};
-        return role == ItemRole ? QVariant::fromValue(item) : item->property(name.constData());
+        return item->property(name.constData());
     }
 
     bool setData(const QModelIndex &index, const QVariant &value, int role) override

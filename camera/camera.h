@@ -18,6 +18,7 @@ class QStringListModel;
 class QTimer;
 class SaveJobQueue;
 class SavedTakeModel;
+class SsdLsEntry;
 class SsdLsListModel;
 class SsdLsSortProxyModel;
 class Take;
@@ -168,6 +169,12 @@ public:
 
     int getFrame(RawFrame *rawFrame) override;
 
+    /**
+     * What a drive tells of its recordings: objects, or names alone from older firmware. Anything else is no
+     * entry and takes no number.
+     */
+    static QList<SsdLsEntry *> ssdLsEntries(const QJsonArray &elements, QObject *parent);
+
 public slots:
     /** Sends the first poll; the camera is connected once it is answered. */
     void connectCamera();
@@ -287,7 +294,6 @@ private:
     void updateSsdTakes(const QJsonObject &document, bool init);
     /** A status that is asked for from now on knows of all recordings that are open. */
     void expectSsdTakes();
-    void fillSsdLsList(const QJsonArray &elements);
     QString settingsKey(const QString &key) const;
     QNetworkReply *postCommand(const QString &path, const QByteArray &body);
     void sendCommand(const QString &path, const QByteArray &body = {});

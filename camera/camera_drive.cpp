@@ -33,6 +33,29 @@ void Camera::ssdFormat(const QString &name)
     sendCommand(QStringLiteral("/ssd-format"), QStringLiteral("{\"name\":\"%1\"}").arg(name).toUtf8());
 }
 
+/** Null for an element that is no entry. */
+static SsdLsEntry *newEntry(int entryId, const QJsonValue &element, QObject *parent)
+{
+    if (element.isString())
+        return new SsdLsEntry(entryId, element.toString(), 0, 0, true, parent);
+    if (!element.isObject())
+        return nullptr;
+    const QJsonObject object = element.toObject();
+    return new SsdLsEntry(entryId, object.value(QLatin1StringView("name")).toString(),
+                          wholePart(object.value(QLatin1StringView("size")).toDouble()),
+                          wholePart(object.value(QLatin1StringView("time")).toDouble()), false, parent);
+}
+
+QList<SsdLsEntry *> Camera::ssdLsEntries(const QJsonArray &elements, QObject *parent)
+{
+    QList<SsdLsEntry *> entries;
+    for (const QJsonValue &element : elements) {
+        if (SsdLsEntry *entry = newEntry(int(entries.size()), element, parent))
+            entries.append(entry);
+    }
+    return entries;
+}
+
 void Camera::ssdLsFinished()
 {
     auto *reply = qobject_cast<QNetworkReply *>(sender());
@@ -41,28 +64,12 @@ void Camera::ssdLsFinished()
     reply->deleteLater();
     if (document.isNull())
         return;
-    m_ssdLsList->clear();
-    if (usable)
-        fillSsdLsList(document.object().value(QLatin1StringView("ssd-ls")).toArray());
-    else
+    if (!usable)
         qDebug() << "ssdLsFinished error";
-}
-
-/** The entries stay children of the camera when the list is emptied, and go with it. */
-void Camera::fillSsdLsList(const QJsonArray &elements)
-{
-    int entryId = 0;
-    for (const QJsonValue &element : elements) {
-        if (element.isString()) {
-            m_ssdLsList->append(new SsdLsEntry(entryId++, element.toString(), 0, 0, true, this));
-        } else if (element.isObject()) {
-            const QJsonObject object = element.toObject();
-            m_ssdLsList->append(new SsdLsEntry(entryId++, object.value(QLatin1StringView("name")).toString(),
-                                               wholePart(object.value(QLatin1StringView("size")).toDouble()),
-                                               wholePart(object.value(QLatin1StringView("time")).toDouble()),
-                                               false, this));
-        }
-    }
+    const QJsonArray elements =
+        usable ? document.object().value(QLatin1StringView("ssd-ls")).toArray() : QJsonArray();
+    // They stay children of the camera when the list is filled anew, and go with it.
+    m_ssdLsList->fill(ssdLsEntries(elements, this));
 }
 
 void Camera::ssdFOpen()

@@ -8,6 +8,7 @@ SaveJobQueue::SaveJobQueue(QObject *parent) : QObject(parent) {}
 SaveJobQueue::~SaveJobQueue()
 {
     disconnect(m_activeFinished);
+    disconnect(m_activeDestroyed);
 }
 
 void SaveJobQueue::enqueue(SaveJob *saveJob)
@@ -32,6 +33,8 @@ void SaveJobQueue::startSaveJob(SaveJob *saveJob)
         return;
     }
     m_activeFinished = connect(saveJob, &SaveJob::finished, this, &SaveJobQueue::finishSaveJob);
+    // A job whose take went while the camera held it back may be removed before it is told its end.
+    m_activeDestroyed = connect(saveJob, &QObject::destroyed, this, &SaveJobQueue::finishSaveJob);
     setActiveSaveJob(saveJob);
 }
 
@@ -39,6 +42,7 @@ void SaveJobQueue::finishSaveJob()
 {
     qDebug() << Q_FUNC_INFO;
     disconnect(m_activeFinished);
+    disconnect(m_activeDestroyed);
     setActiveSaveJob(nullptr);
     startQueuedSaveJob();
 }

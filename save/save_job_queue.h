@@ -41,4 +41,5 @@ private:
     QList<SaveJob *> m_pending;
     SaveJob *m_activeSaveJob = nullptr;
     QMetaObject::Connection m_activeFinished;
+    QMetaObject::Connection m_activeDestroyed;
 };

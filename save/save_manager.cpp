@@ -6,9 +6,11 @@
 #include "file/vesk_file_save_job.h"
 #include "save/img_file_save_job.h"
 #include "save/save_job_queue.h"
+#include "save/ssd_save_job.h"
 #include "save/video_file_save_job.h"
 #include "take/frame_geometry.h"
 #include "take/playback_vesk_object.h"
+#include "take/ssd_take.h"
 #include "take/take.h"
 
 #include <QDebug>
@@ -18,6 +20,8 @@
 static std::optional<SaveSource> saveSource(PlaybackVeskObject *source)
 {
     if (auto *take = qobject_cast<Take *>(source))
+        return SaveSource(take);
+    if (auto *take = qobject_cast<SsdTake *>(source))
         return SaveSource(take);
     if (auto *file = qobject_cast<VeskFile *>(source))
         return SaveSource(file);
@@ -42,9 +46,14 @@ SaveJob *SaveManager::createSaveJob(PlaybackVeskObject *source, qlonglong startF
     const FileNameTemplate name(folderPath, fileName, format, startFr);
     const std::optional<SaveSource> from = saveSource(source);
     SaveJob *job = nullptr;
-    if (!from || dest != FileDest)
+    if (!from || (dest != FileDest && dest != SsdDest))
         return nullptr;
-    if (format == Util::FormatVesk)
+    auto *take = qobject_cast<Take *>(source);
+    if (dest == SsdDest && take)
+        job = new SsdSaveJob(take, startFr, frCnt, name, this);
+    else if (dest == SsdDest)
+        return nullptr;
+    else if (format == Util::FormatVesk)
         job = new VeskFileSaveJob(*from, startFr, frCnt, name, this);
     else if (format == Util::FormatTiff)
         job = new ImgFileSaveJob(*from, startFr, frCnt, format, name, this);

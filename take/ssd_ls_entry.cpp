@@ -2,14 +2,13 @@
 
 SsdLsEntry::SsdLsEntry(int entryId, const QString &name, qlonglong size, qlonglong time, bool oldFW,
                        QObject *parent)
-    : QObject(parent), m_entryId(entryId), m_name(name), m_size(size),
-      m_date(QDateTime::fromSecsSinceEpoch(time)), m_oldFW(oldFW)
+    : QObject(parent), m_entryId(entryId), m_name(name), m_size(size), m_time(time), m_oldFW(oldFW)
 {
 }
 
 QString SsdLsEntry::dateStr() const
 {
-    return m_date.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+    return date().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
 }
 
 void SsdLsEntry::select(bool multi)

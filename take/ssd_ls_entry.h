@@ -28,8 +28,10 @@ public:
     bool selected() const { return m_selected; }
     const QString &name() const { return m_name; }
     qlonglong size() const { return m_size; }
-    /** In local time. */
-    const QDateTime &date() const { return m_date; }
+    /** Seconds since 1970. */
+    qlonglong time() const { return m_time; }
+    /** The same in local time, which is worth the work only where it is shown. */
+    QDateTime date() const { return QDateTime::fromSecsSinceEpoch(m_time); }
     QString dateStr() const;
     bool oldFW() const { return m_oldFW; }
 
@@ -47,6 +49,6 @@ private:
     bool m_selected = false;
     QString m_name;
     qlonglong m_size;
-    QDateTime m_date;
+    qlonglong m_time;
     bool m_oldFW;
 };

@@ -15,12 +15,25 @@ SsdLsEntry *SsdLsListModel::firstSelected() const
     return found == items().end() ? nullptr : *found;
 }
 
+void SsdLsListModel::fill(const QList<SsdLsEntry *> &entries)
+{
+    clear();
+    appendAll(entries);
+    for (SsdLsEntry *entry : entries)
+        watch(entry);
+}
+
 void SsdLsListModel::insert(int idx, QObject *object)
 {
     auto *entry = qobject_cast<SsdLsEntry *>(object);
     if (!entry)
         return;
     QQmlObjectListModel<SsdLsEntry>::insert(idx, entry);
+    watch(entry);
+}
+
+void SsdLsListModel::watch(SsdLsEntry *entry)
+{
     connect(entry, &SsdLsEntry::entrySelected, this,
             [this, entry](bool multi) { entrySelected(entry, multi); });
     connect(entry, &SsdLsEntry::entryUnselected, this, &SsdLsListModel::selectedCountChanged);

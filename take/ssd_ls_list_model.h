@@ -17,6 +17,8 @@ public:
     /** The first selected entry in the order of the list, or null. */
     SsdLsEntry *firstSelected() const;
 
+    /** In place of all that is listed, as one change. */
+    void fill(const QList<SsdLsEntry *> &entries);
     void insert(int idx, QObject *entry) override;
     /** Tells selectedCountChanged of an empty list, too. */
     void clear() override;
@@ -25,5 +27,6 @@ signals:
     void selectedCountChanged();
 
 private:
+    void watch(SsdLsEntry *entry);
     void entrySelected(SsdLsEntry *entry, bool multi);
 };

@@ -31,11 +31,9 @@ static int compareNames(const SsdLsEntry &left, const SsdLsEntry &right)
 
 bool SsdLsSortProxyModel::lessThan(const QModelIndex &left, const QModelIndex &right) const
 {
-    const auto entry = [](const QModelIndex &index) {
-        return index.data(SsdLsListModel::ItemRole).value<SsdLsEntry *>();
-    };
-    const SsdLsEntry &a = *entry(left);
-    const SsdLsEntry &b = *entry(right);
+    // What the item role gives, without a variant for each of the many comparisons.
+    const SsdLsEntry &a = *m_entries->items().at(left.row());
+    const SsdLsEntry &b = *m_entries->items().at(right.row());
     switch (m_sortMode) {
     case NameSortAscending:
         return compareNames(a, b) < 0;
@@ -46,9 +44,9 @@ bool SsdLsSortProxyModel::lessThan(const QModelIndex &left, const QModelIndex &r
     case SizeSortDescending:
         return a.size() != b.size() ? a.size() > b.size() : compareNames(a, b) < 0;
     case DateSortAscending:
-        return a.date() != b.date() ? a.date() < b.date() : compareNames(a, b) < 0;
+        return a.time() != b.time() ? a.time() < b.time() : compareNames(a, b) < 0;
     case DateSortDescending:
-        return a.date() != b.date() ? a.date() > b.date() : compareNames(a, b) < 0;
+        return a.time() != b.time() ? a.time() > b.time() : compareNames(a, b) < 0;
     default:
         return true;
     }

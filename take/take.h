@@ -34,6 +34,10 @@ public slots:
     /** Asks the camera to delete the recording, and then to record again if wanted, whatever the answer. */
     void deleteTake(bool restartRecord = false);
 
+private slots:
+    void autosaveStart();
+    void autosaveFinish();
+
 signals:
     void activeChanged();
     void lockedChanged();
@@ -45,7 +49,7 @@ protected slots:
 protected:
     QString takesPath() const override { return QStringLiteral("/takes"); }
     int xferSrc() const override { return 0; }
-    void takeSaved() override {}
+    void takeSaved() override;
     void infoTimeout() override { getTakeInfo(m_active, false); }
 
 private:
