@@ -1,0 +1,394 @@
+#include "app/qml_object_list_model.h"
+#include "camera/camera.h"
+#include "save/save_job.h"
+#include "save/save_manager.h"
+#include "sim/camera_thread.h"
+#include "take/take.h"
+#include "tests/support/http_recorder.h"
+#include "tests/support/vesk_test_main.h"
+
+#include <QDateTime>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QNetworkReply>
+#include <QPointer>
+#include <QRegularExpression>
+#include <QSet>
+#include <QSignalSpy>
+
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+/** A camera that is left alone: each finished take goes onto its drive, and the next recording begins. */
+class TestAutosave : public QObject
+{
+    Q_OBJECT
+
+private:
+    static constexpr auto Address = "127.0.2.26";
+    static constexpr int RecordSize = 32 + 16 * 16;
+
+    std::unique_ptr<q4sim::CameraThread> m_host;
+    std::unique_ptr<Camera> m_camera;
+
+    static q4sim::Config config()
+    {
+        q4sim::Config config;
+        config.address = QHostAddress(QString::fromLatin1(Address));
+        config.discovery = false;
+        config.resolutions = QStringList{u"16x16"_s};
+        config.recordings = {};
+        return config;
+    }
+
+    static void setSettings(bool autosave, bool restart, const QVariant &fileName = QVariant())
+    {
+        VeskApp::instance()->setSetting(u"vesk/x-autosave"_s, autosave);
+        VeskApp::instance()->setSetting(u"vesk/x-autosave_restart"_s, restart);
+        if (fileName.isValid())
+            VeskApp::instance()->setSetting(u"vesk/x-autosave_filename"_s, fileName);
+    }
+
+    static QQmlObjectListModelBase *jobs() { return VeskApp::instance()->saveManager()->saveJobs(); }
+    static SaveJob *job(int row) { return qobject_cast<SaveJob *>(jobs()->get(row)); }
+
+    void start(const q4sim::Config &config)
+    {
+        m_host = std::make_unique<q4sim::CameraThread>(config);
+        QCOMPARE(m_host->listen(), QString());
+        // Short takes: ten frames behind the trigger.
+        QCOMPARE(sim().answer("PUT", u"/acq/trig_offset"_s, "10").status, 200);
+        m_camera = std::make_unique<Camera>(config.address, nullptr);
+        QSignalSpy connected(m_camera.get(), &Camera::cameraConnected);
+        m_camera->connectCamera();
+        QTRY_COMPARE(connected.count(), 1);
+    }
+
+    q4sim::Camera &sim() const { return m_host->camera(); }
+    qsizetype sent(const char *path) const
+    {
+        return sim().requests("POST", QString::fromLatin1(path)).size();
+    }
+    int state() const { return sim().value(u"acq/state"_s).toInt(); }
+
+    /** The trigger comes by a wire, not by the operator. */
+    void triggerRecording()
+    {
+        QTRY_COMPARE(state(), 2);
+        QCOMPARE(sim().answer("POST", u"/trig"_s).status, 200);
+    }
+
+    /** The camera has answered two polls, and what they started is under way. */
+    void poll()
+    {
+        QSignalSpy polled(m_camera.get(), &Camera::valuesPolled);
+        QTRY_VERIFY(polled.count() >= 2);
+    }
+
+    QJsonArray recordings() const
+    {
+        const QByteArray list = sim().answer("POST", u"/ssd-ls"_s, "{\"long\": 1}").body;
+        return QJsonDocument::fromJson(list).object()["ssd-ls"].toArray();
+    }
+
+    static qint64 residentKiB()
+    {
+        QFile status(u"/proc/self/status"_s);
+        if (!status.open(QIODevice::ReadOnly))
+            return 0;
+        static const QRegularExpression line(u"VmRSS:\\s*(\\d+) kB"_s);
+        return line.match(QString::fromLatin1(status.readAll())).captured(1).toLongLong();
+    }
+
+private slots:
+    void cleanup()
+    {
+        m_camera.reset();
+        m_host.reset();
+        setSettings(false, false);
+        VeskApp::instance()->settings()->remove(u"vesk/x-autosave_filename"_s);
+        while (!jobs()->isEmpty()) {
+            const QPointer<SaveJob> ended = job(0);
+            ended->setState(SaveJob::Done);
+            VeskApp::instance()->saveManager()->removeSaveJob(ended);
+            QTRY_VERIFY(!ended);
+        }
+    }
+
+    void finishedTakeIsSavedDeletedAndFollowedByTheNext()
+    {
+        setSettings(true, true, u"crash"_s);
+        start(config());
+        m_camera->record();
+        triggerRecording();
+        QTRY_COMPARE(sent("/rec"), 2);
+        QCOMPARE(jobs()->size(), 1);
+        QCOMPARE(job(0)->state(), SaveJob::Done);
+        QCOMPARE(job(0)->fileName(), u"crash"_s);
+        QCOMPARE(job(0)->dest(), SaveJob::SsdDest);
+        QCOMPARE(sent("/del"), 1);
+        QCOMPARE(sim().requests("POST", u"/del"_s)[0].body, QByteArray("{\"take\":1}"));
+        QTRY_COMPARE(state(), 2);
+        QCOMPARE(sim().value(u"acq/saved_takes"_s).toArray(), QJsonArray());
+        QCOMPARE(recordings().size(), 1);
+        QCOMPARE(recordings().at(0)["name"].toString(), u"crash.vesk"_s);
+        QCOMPARE(recordings().at(0)["size"].toInteger(), job(0)->frCnt() * RecordSize);
+        QCOMPARE(job(0)->startFr() + job(0)->frCnt(), 10); // to the last of the frames behind the trigger
+    }
+
+    void fiftyRecordingsInARowAreKept()
+    {
+        constexpr int count = 50;
+        setSettings(true, true);
+        q4sim::Config many = config();
+        many.partitions = count + 1;
+        many.partitionOrder = q4sim::PartitionOrder::Next;
+        many.driveBytesPerSecond = 1000000; // some saves end before their answer is read, some later
+        start(many);
+        m_camera->record();
+        qint64 early = 0;
+        qsizetype children = 0;
+        for (int n = 1; n <= count; ++n) {
+            triggerRecording();
+            QTRY_COMPARE_WITH_TIMEOUT(sent("/rec"), n + 1, 20000);
+            if (n == 10) {
+                early = residentKiB();
+                children = m_camera->findChildren<QObject *>().size();
+            }
+        }
+        QTRY_COMPARE(state(), 2);
+        const qint64 grown = residentKiB() - early;
+        qInfo("grown by %lld KiB in 40 recordings", grown);
+        QVERIFY2(early > 0 && grown < 4096, qPrintable(u"grown by %1 KiB"_s.arg(grown)));
+        QCOMPARE(m_camera->findChildren<QObject *>().size(), children);
+
+        QCOMPARE(sent("/ssd-save"), count);
+        QCOMPARE(sent("/del"), count);
+        QCOMPARE(sim().value(u"acq/saved_takes"_s).toArray(), QJsonArray());
+        QCOMPARE(sim().value(u"acq/locked_takes"_s).toArray(), QJsonArray());
+        const QJsonArray kept = recordings();
+        QCOMPARE(kept.size(), count);
+        QCOMPARE(jobs()->size(), count);
+        QSet<QString> names;
+        for (int n = 0; n < count; ++n) {
+            QCOMPARE(job(n)->state(), SaveJob::Done);
+            QCOMPARE(job(n)->sourceTakeId(), n + 1);
+            QCOMPARE(job(n)->startFr() + job(n)->frCnt(), 10);
+            QCOMPARE(kept[n]["name"].toString(), job(n)->fileName() + u".vesk"_s);
+            QCOMPARE(kept[n]["size"].toInteger(), job(n)->frCnt() * RecordSize);
+            names.insert(kept[n]["name"].toString());
+        }
+        QCOMPARE(names.size(), count);
+        const auto all = sim().requests();
+        QByteArray order;
+        for (const q4sim::Request &request : all) {
+            if (request.path == u"/ssd-save" || request.path == u"/del" || request.path == u"/rec")
+                order += request.path.mid(1).toLatin1() + ' ';
+        }
+        QCOMPARE(order, "rec " + QByteArray("ssd-save del rec ").repeated(count));
+    }
+
+    void laterRecordingInTheSamePartitionIsNotSaved()
+    {
+        setSettings(true, true, u"crash"_s);
+        start(config());
+        m_camera->record();
+        triggerRecording();
+        QTRY_COMPARE(sent("/rec"), 2);
+        // The camera takes the first free partition, which is the same one.
+        triggerRecording();
+        auto *take = qobject_cast<Take *>(m_camera->takes()->get(0));
+        QTRY_COMPARE(state(), 1);
+        QTRY_VERIFY(take->savedOpened());
+        poll();
+        QCOMPARE(sent("/ssd-save"), 1);
+        QCOMPARE(sent("/del"), 1);
+        QCOMPARE(sent("/rec"), 2);
+        QVERIFY(take->savedOpened());
+        QCOMPARE(recordings().size(), 1);
+    }
+
+    void newPartitionsAreSavedAnew()
+    {
+        setSettings(true, true, u"crash"_s);
+        start(config());
+        m_camera->record();
+        triggerRecording();
+        QTRY_COMPARE(sent("/rec"), 2);
+        QCOMPARE(sim().answer("POST", u"/abort"_s).status, 200);
+        m_camera->partition(2);
+        QTRY_COMPARE(m_camera->takes()->size(), 2);
+        m_camera->record();
+        triggerRecording();
+        QTRY_COMPARE(sent("/ssd-save"), 2);
+        QTRY_COMPARE(sent("/rec"), 4);
+        QCOMPARE(recordings().size(), 2);
+        QCOMPARE(recordings().at(1)["name"].toString(), u"crash (2).vesk"_s);
+    }
+
+    void takeStaysWithoutRestart()
+    {
+        setSettings(true, false, u"crash"_s);
+        start(config());
+        m_camera->record();
+        triggerRecording();
+        QTRY_COMPARE(jobs()->size(), 1);
+        QTRY_COMPARE(job(0)->state(), SaveJob::Done);
+        poll();
+        QCOMPARE(sent("/del"), 0);
+        QCOMPARE(sent("/rec"), 1);
+        QCOMPARE(sim().value(u"acq/saved_takes"_s).toArray(), QJsonArray{1});
+    }
+
+    void nothingIsSavedUnlessArmed()
+    {
+        setSettings(false, true, u"crash"_s);
+        start(config());
+        m_camera->record();
+        triggerRecording();
+        auto *take = qobject_cast<Take *>(m_camera->takes()->get(0));
+        QTRY_VERIFY(take->valuesInit());
+        poll();
+        QCOMPARE(jobs()->size(), 0);
+        QCOMPARE(sent("/ssd-save"), 0);
+    }
+
+    void takeThatWasThereAtConnectionIsNotSaved()
+    {
+        setSettings(true, true, u"crash"_s);
+        q4sim::Config with = config();
+        with.takes = {{.first = -5, .last = 4}};
+        start(with);
+        auto *take = qobject_cast<Take *>(m_camera->takes()->get(0));
+        QTRY_VERIFY(take->valuesInit());
+        poll();
+        QCOMPARE(sent("/ssd-save"), 0);
+        // Nor is the next one in its partition: this object has seen a recording.
+        QCOMPARE(sim().answer("POST", u"/del"_s, "{\"take\":1}").status, 200);
+        QTRY_VERIFY(!take->savedOpened());
+        m_camera->record();
+        triggerRecording();
+        QTRY_VERIFY(take->savedOpened());
+        poll();
+        QCOMPARE(sent("/ssd-save"), 0);
+    }
+
+    void emptyNameIsTheTime_data()
+    {
+        QTest::addColumn<QVariant>("fileName");
+        QTest::newRow("not set") << QVariant();
+        QTest::newRow("empty") << QVariant(QString());
+    }
+
+    void emptyNameIsTheTime()
+    {
+        QFETCH(QVariant, fileName);
+        setSettings(true, false, fileName);
+        start(config());
+        const QDateTime before = QDateTime::currentDateTimeUtc();
+        m_camera->record();
+        triggerRecording();
+        QTRY_COMPARE(jobs()->size(), 1);
+        const QString name = job(0)->fileName();
+        const QDateTime time = QDateTime::fromString(name, u"yyyy-MM-dd'T'HHmmss'Z'"_s);
+        QVERIFY2(time.isValid(), qPrintable(name));
+        QVERIFY(qAbs(QDateTime(time.date(), time.time(), QTimeZone::UTC).secsTo(before)) < 30);
+    }
+
+    void failedSaveKeepsTheTake_data()
+    {
+        QTest::addColumn<QJsonObject>("deed");
+        QTest::addColumn<bool>("beforehand");
+        QTest::addColumn<QString>("error");
+        QTest::newRow("no drive") << QJsonObject{{"ssd", "remove"}} << true
+                                  << u"the drive is not ready, or writes"_s;
+        QTest::newRow("full") << QJsonObject{{"ssd", "full"}} << true << u"the drive is full"_s;
+        QTest::newRow("fails meanwhile") << QJsonObject{{"ssd", "fail"}} << false << u"ssd.state = 7"_s;
+        QTest::newRow("pulled meanwhile") << QJsonObject{{"ssd", "remove"}} << false << u"ssd.state = 0"_s;
+    }
+
+    void failedSaveKeepsTheTake()
+    {
+        QFETCH(QJsonObject, deed);
+        QFETCH(bool, beforehand);
+        QFETCH(QString, error);
+        setSettings(true, true, u"crash"_s);
+        q4sim::Config slow = config();
+        slow.driveBytesPerSecond = 1000000;
+        slow.resolutions = QStringList{u"320x240"_s};
+        start(slow);
+        if (beforehand)
+            sim().operate(deed);
+        m_camera->record();
+        QTRY_COMPARE(state(), 2);
+        // 7.7 MB, so that the save takes some seconds.
+        QTRY_VERIFY(sim().takeDescription(1)["fr_cnt"].toInt() >= 100);
+        triggerRecording();
+        QTRY_COMPARE(jobs()->size(), 1);
+        if (!beforehand) {
+            QTRY_COMPARE(sim().value(u"ssd/wr_state"_s).toInt(), 1);
+            sim().operate(deed);
+        }
+        QTRY_COMPARE(job(0)->state(), SaveJob::Error);
+        QCOMPARE(job(0)->error(), error);
+        poll();
+        QCOMPARE(sent("/del"), 0);
+        QCOMPARE(sent("/rec"), 1);
+        QCOMPARE(sim().value(u"acq/saved_takes"_s).toArray(), QJsonArray{1});
+    }
+
+    void olderFirmwareIsLeftAloneToo()
+    {
+        setSettings(true, true, u"crash"_s);
+        q4sim::Config old = config();
+        old.firmware = q4sim::Firmware::Old;
+        old.partitionOrder = q4sim::PartitionOrder::Next;
+        start(old);
+        m_camera->record();
+        for (int n = 1; n <= 2; ++n) {
+            triggerRecording();
+            QTRY_COMPARE(sent("/rec"), n + 1);
+        }
+        QCOMPARE(sent("/ssd-save"), 2);
+        QCOMPARE(sent("/del"), 2);
+        QVERIFY(!sim().requests("POST", u"/ssd-save"_s)[0].body.contains("name"));
+    }
+
+    void lostDescriptionIsMadeUpForOnce()
+    {
+        HttpRecorder server(u"127.0.2.27"_s);
+        QVERIFY(server.isListening());
+        Camera camera(server.address(), nullptr);
+        camera.updateValues({{"features", QJsonObject{{"ssd-save", 2}}}, {"ssd", QJsonObject{{"state", 3}}}});
+        auto *take = new Take(3, &camera);
+        setSettings(true, false, u"crash"_s);
+        // Three recordings come and go whose descriptions are lost; each arms the same one thing.
+        for (int n = 0; n < 3; ++n) {
+            QTest::ignoreMessage(QtCriticalMsg,
+                                 qPrintable(take->objectName() + u": json parse error: illegal value"_s));
+            take->setSavedOpened(true, false, false);
+            QTRY_VERIFY(
+                VeskApp::instance()->networkAccessManager()->findChildren<QNetworkReply *>().isEmpty());
+            take->setSavedOpened(false, false, false);
+        }
+        QCOMPARE(jobs()->size(), 0);
+        server.setAnswer([](const HttpRecorder::Request &) {
+            return HttpRecorder::Reply{
+                R"({"takes":{"take3":{"first_fr":-5,"last_fr":9,"fr_cnt":15}},"seq":0})",
+                {},
+                QHttpServerResponder::StatusCode::Ok};
+        });
+        take->setSavedOpened(true, false, false);
+        QTRY_COMPARE(jobs()->size(), 1);
+        QTRY_COMPARE(job(0)->state(), SaveJob::Done);
+        QCOMPARE(server.requests("POST", "/ssd-save").size(), 1);
+        QCOMPARE(server.requests("POST", "/ssd-save")[0].body,
+                 QByteArray(R"({"take":3,"start":-5,"cnt":15,"name":"crash"})"));
+    }
+};
+
+VESK_TEST_MAIN(TestAutosave)
+#include "tst_autosave.moc"
