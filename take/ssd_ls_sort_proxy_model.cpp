@@ -2,6 +2,8 @@
 
 #include "take/ssd_ls_list_model.h"
 
+#include <algorithm>
+
 SsdLsSortProxyModel::SsdLsSortProxyModel(SsdLsListModel *entries, QObject *parent)
     : QSortFilterProxyModel(parent), m_entries(entries)
 {
@@ -24,9 +26,18 @@ void SsdLsSortProxyModel::setSortMode(int sortMode)
     invalidate();
 }
 
+/**
+ * Compares without regard to case. Names on a drive begin alike for long, and what is the same to the bit
+ * need not be folded; a pair of surrogates is not torn, as it folds as a whole.
+ */
 static int compareNames(const SsdLsEntry &left, const SsdLsEntry &right)
 {
-    return QString::compare(left.name(), right.name(), Qt::CaseInsensitive);
+    const QStringView a = left.name();
+    const QStringView b = right.name();
+    qsizetype same = std::mismatch(a.begin(), a.end(), b.begin(), b.end()).first - a.begin();
+    if (same > 0 && a[same - 1].isHighSurrogate())
+        --same;
+    return a.sliced(same).compare(b.sliced(same), Qt::CaseInsensitive);
 }
 
 bool SsdLsSortProxyModel::lessThan(const QModelIndex &left, const QModelIndex &right) const
