@@ -1,109 +1,24 @@
-#include "app/qml_object_list_model.h"
-#include "camera/camera.h"
-#include "save/save_job.h"
-#include "save/save_manager.h"
-#include "sim/camera_thread.h"
 #include "sim/frame_run.h"
-#include "take/ssd_ls_list_model.h"
-#include "take/ssd_ls_sort_proxy_model.h"
-#include "take/ssd_take.h"
-#include "take/take.h"
+#include "tests/camera/drive_case.h"
 #include "tests/support/vesk_test_main.h"
 
 #include <QFile>
 #include <QJsonArray>
-#include <QJsonDocument>
-#include <QNetworkReply>
 #include <QPointer>
-#include <QSignalSpy>
 #include <QTemporaryDir>
-
-#include <memory>
 
 using namespace Qt::StringLiterals;
 using q4sim::FaultKind;
 using q4sim::Route;
 
 /** The drive of a simulated camera, worked over the network, and what happens to it meanwhile. */
-class TestCameraDrive : public QObject
+class TestCameraDrive : public QObject, private DriveCase
 {
     Q_OBJECT
 
-private:
-    static constexpr int RecordSize = 32 + 16 * 16;
-
-    std::unique_ptr<q4sim::CameraThread> m_host;
-    std::unique_ptr<Camera> m_camera;
-    std::unique_ptr<SaveManager> m_manager;
-
-    static q4sim::Config config()
-    {
-        q4sim::Config config;
-        config.address = QHostAddress(u"127.0.2.28"_s);
-        config.discovery = false;
-        config.recordings = {{u"衝突 (2).vesk"_s, 1700000000, {.first = -3, .last = 4, .res = u"16x16"_s}},
-                             {u"b.vesk"_s, 1700000060, {.first = 0, .last = 99, .res = u"16x16"_s}}};
-        config.takes = {{.first = -10, .last = 89, .res = u"16x16"_s}};
-        return config;
-    }
-
-    void start(const q4sim::Config &config)
-    {
-        m_host = std::make_unique<q4sim::CameraThread>(config);
-        QCOMPARE(m_host->listen(), QString());
-        m_camera = std::make_unique<Camera>(config.address, nullptr);
-        m_manager = std::make_unique<SaveManager>(nullptr);
-        QSignalSpy connected(m_camera.get(), &Camera::cameraConnected);
-        m_camera->connectCamera();
-        QTRY_COMPARE(connected.count(), 1);
-        QTRY_VERIFY(take()->valuesInit());
-    }
-
-    q4sim::Camera &sim() const { return m_host->camera(); }
-    Take *take() const { return qobject_cast<Take *>(m_camera->takes()->get(0)); }
-    SsdTake *recording() const { return qobject_cast<SsdTake *>(m_camera->ssdTakes()->get(0)); }
-    SsdLsListModel *list() const
-    {
-        return qobject_cast<SsdLsListModel *>(m_camera->ssdLsEntries()->sourceModel());
-    }
-    SaveJob *save(const QString &name, qlonglong start = -10, qlonglong count = 100)
-    {
-        return m_manager->createSaveJob(take(), start, count, SaveManager::SsdDest, Util::FormatVesk,
-                                        Util::CodecVesk, 0.0, 0, name, QString());
-    }
-    void open(const QString &name)
-    {
-        m_camera->ssdFOpen(name);
-        QTRY_COMPARE(m_camera->ssdTakes()->size(), 1);
-        QTRY_VERIFY(recording()->valuesInit());
-    }
-    void poll()
-    {
-        QSignalSpy polled(m_camera.get(), &Camera::valuesPolled);
-        QTRY_VERIFY(polled.count() >= 2);
-    }
-    QStringList listed()
-    {
-        QSignalSpy counted(list(), &SsdLsListModel::selectedCountChanged);
-        m_camera->ssdLs();
-        QStringList names;
-        if (!QTest::qWaitFor([&] { return counted.count() > 0; }))
-            return {u"no answer"_s};
-        for (const SsdLsEntry *entry : list()->items())
-            names.append(entry->name());
-        return names;
-    }
-
 private slots:
     void init() { start(config()); }
-    void cleanup()
-    {
-        m_manager.reset();
-        m_camera.reset();
-        // What was never answered would be asked for again of the next camera at this address.
-        qDeleteAll(VeskApp::instance()->networkAccessManager()->findChildren<QNetworkReply *>());
-        m_host.reset();
-    }
+    void cleanup() { end(); }
 
     void recordingIsListedOpenedAndClosed()
     {
@@ -142,7 +57,7 @@ private slots:
     {
         QTest::addColumn<int>("speed");
         QTest::newRow("within a poll") << 500000000;
-        QTest::newRow("longer") << 1000000; // 28.8 ms a save; the third one waits for two others
+        QTest::newRow("longer") << 1000000;
     }
 
     void savedTakeIsOpenedFromTheDrive()
@@ -175,10 +90,8 @@ private slots:
     void longSaveShowsItsProgress()
     {
         QFETCH(int, ssdSave);
-        q4sim::Config slow = config();
+        q4sim::Config slow = slowConfig();
         slow.features[u"ssd-save"_s] = ssdSave;
-        slow.driveBytesPerSecond = 1000000;
-        slow.takes = {{.first = 0, .last = 19, .res = u"320x240"_s}}; // 1.5 MB
         start(slow);
         SaveJob *job = save(ssdSave == 1 ? QString() : u"run"_s, 0, 20);
         QList<double> shown;
@@ -193,10 +106,7 @@ private slots:
 
     void saveThatAnotherHandStartedComesFirst()
     {
-        q4sim::Config slow = config();
-        slow.driveBytesPerSecond = 1000000;
-        slow.takes = {{.first = 0, .last = 19, .res = u"320x240"_s}};
-        start(slow);
+        start(slowConfig());
         sim().answer("POST", u"/ssd-save"_s, R"({"take":1,"start":0,"cnt":20,"name":"other"})");
         SaveJob *job = save(u"run"_s, 0, 1);
         QTRY_COMPARE(job->state(), SaveJob::QueuedFW);
@@ -233,10 +143,7 @@ private slots:
 
     void drivePulledBehindTheAnswerFailsTheSave()
     {
-        q4sim::Config slow = config();
-        slow.driveBytesPerSecond = 1000000;
-        slow.takes = {{.first = 0, .last = 19, .res = u"320x240"_s}};
-        start(slow);
+        start(slowConfig());
         sim().setFault(Route::SsdSave, {.kind = FaultKind::Vanish, .bytes = 1});
         SaveJob *job = save(u"run"_s, 0, 20);
         QTRY_COMPARE(job->state(), SaveJob::Error);
@@ -288,15 +195,14 @@ private slots:
     void spoiltOpen()
     {
         QFETCH(FaultKind, kind);
-        if (kind == FaultKind::None)
-            sim().setFault(Route::SsdFopen, {.kind = FaultKind::Vanish, .bytes = 1, .count = 1});
-        else
-            sim().setFault(Route::SsdFopen, {.kind = kind, .count = 1});
+        const bool behind = kind == FaultKind::None;
+        sim().setFault(Route::SsdFopen,
+                       {.kind = behind ? FaultKind::Vanish : kind, .bytes = behind, .count = 1});
         m_camera->ssdFOpen(u"b.vesk"_s);
         QTRY_COMPARE(sim().requests("POST", u"/ssd-fopen"_s).size(), 1);
         poll();
         QTRY_COMPARE(m_camera->ssdTakes()->size(), 0);
-        if (kind != FaultKind::Vanish && kind != FaultKind::None)
+        if (kind != FaultKind::Vanish && !behind)
             open(u"b.vesk"_s);
     }
 
