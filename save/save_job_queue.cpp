@@ -8,7 +8,6 @@ SaveJobQueue::SaveJobQueue(QObject *parent) : QObject(parent) {}
 SaveJobQueue::~SaveJobQueue()
 {
     disconnect(m_activeFinished);
-    disconnect(m_activeDestroyed);
 }
 
 void SaveJobQueue::enqueue(SaveJob *saveJob)
@@ -22,7 +21,11 @@ void SaveJobQueue::enqueue(SaveJob *saveJob)
 
 void SaveJobQueue::remove(SaveJob *saveJob)
 {
-    m_pending.removeOne(saveJob);
+    // A job whose take went while the camera held it back has failed, but has not been told its end yet.
+    if (saveJob == m_activeSaveJob)
+        finishSaveJob();
+    else
+        m_pending.removeOne(saveJob);
 }
 
 void SaveJobQueue::startSaveJob(SaveJob *saveJob)
@@ -33,8 +36,6 @@ void SaveJobQueue::startSaveJob(SaveJob *saveJob)
         return;
     }
     m_activeFinished = connect(saveJob, &SaveJob::finished, this, &SaveJobQueue::finishSaveJob);
-    // A job whose take went while the camera held it back may be removed before it is told its end.
-    m_activeDestroyed = connect(saveJob, &QObject::destroyed, this, &SaveJobQueue::finishSaveJob);
     setActiveSaveJob(saveJob);
 }
 
@@ -42,7 +43,6 @@ void SaveJobQueue::finishSaveJob()
 {
     qDebug() << Q_FUNC_INFO;
     disconnect(m_activeFinished);
-    disconnect(m_activeDestroyed);
     setActiveSaveJob(nullptr);
     startQueuedSaveJob();
 }

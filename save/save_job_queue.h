@@ -4,6 +4,7 @@
 
 #include <QList>
 #include <QObject>
+#include <QPointer>
 #include <QtQmlIntegration>
 
 /** Runs one save job after the other, first in, first out. Lives on the GUI thread. */
@@ -24,7 +25,7 @@ public:
     const QList<SaveJob *> &pending() const { return m_pending; }
 
     void enqueue(SaveJob *saveJob);
-    /** Takes a waiting job out; any other is left alone. */
+    /** Takes a job out that does not run any more, or not yet. */
     void remove(SaveJob *saveJob);
 
 signals:
@@ -39,7 +40,6 @@ private:
     void setActiveSaveJob(SaveJob *saveJob);
 
     QList<SaveJob *> m_pending;
-    SaveJob *m_activeSaveJob = nullptr;
+    QPointer<SaveJob> m_activeSaveJob;
     QMetaObject::Connection m_activeFinished;
-    QMetaObject::Connection m_activeDestroyed;
 };

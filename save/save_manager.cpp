@@ -73,7 +73,7 @@ void SaveManager::removeSaveJob(SaveJob *saveJob)
 {
     if (!saveJob || saveJob->state() == SaveJob::QueuedFW || saveJob->state() == SaveJob::Saving)
         return;
-    if (saveJob->state() == SaveJob::Queued && saveJob->queue())
+    if (saveJob->queue())
         saveJob->queue()->remove(saveJob);
     m_saveJobs->remove(saveJob);
     saveJob->deleteLater();
