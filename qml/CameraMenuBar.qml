@@ -10,6 +10,7 @@ VeskMenuBar {
     required property Camera camera
     required property SourceDialogs dialogs
     required property DialogLoader deleteAllDialog
+    required property SsdTakeOpenLoader ssdTakeOpenDialog
 
     Menu {
         title: qsTr("&File")
@@ -21,6 +22,10 @@ VeskMenuBar {
             dialogs: root.dialogs
         }
         MenuSeparator {}
+        SsdTakeOpenMenuItem {
+            camera: root.camera
+            dialog: root.ssdTakeOpenDialog
+        }
         TakesDeleteAllMenuItem {
             camera: root.camera
             deleteAllDialog: root.deleteAllDialog

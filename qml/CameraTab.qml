@@ -20,7 +20,7 @@ Item {
         && camera?.ssdWrState.value === Camera.SsdWrSave
     property bool blinkOn: true
 
-    implicitHeight: takes.count > 0 ? takes.y + takes.height : box.height
+    implicitHeight: Math.max(box.height, takes.y + takes.height, ssdTakes.y + ssdTakes.height)
     z: selected ? 1 : 0
     onTriggeredChanged: root.blinkOn = true
 
@@ -47,6 +47,10 @@ Item {
 
             width: Theme.contextMenuWidth
 
+            SsdTakeOpenMenuItem {
+                camera: root.camera
+                dialog: ssdTakeOpen
+            }
             TakesDeleteAllMenuItem {
                 camera: root.camera
                 deleteAllDialog: deleteAll
@@ -56,15 +60,14 @@ Item {
             }
         }
     }
+    // The borders of neighbours lie on each other, in each column and between the two.
     Column {
         id: takes
 
-        readonly property alias count: takeTabs.count
-
         anchors.horizontalCenter: parent.horizontalCenter
-        y: box.height + spacing
+        y: box.height - 2
         width: box.width
-        spacing: -2 // the borders lie on each other
+        spacing: -2
 
         Repeater {
             id: takeTabs
@@ -76,6 +79,25 @@ Item {
 
                 width: takes.width
                 take: qtObject
+            }
+        }
+    }
+    Column {
+        id: ssdTakes
+
+        anchors.horizontalCenter: parent.horizontalCenter
+        y: takes.y + (takeTabs.count > 0 ? takes.height - 2 : 0)
+        width: box.width
+        spacing: -2
+
+        Repeater {
+            model: root.camera?.ssdTakes ?? null
+
+            SsdTakeTab {
+                required property SsdTake qtObject
+
+                width: ssdTakes.width
+                ssdTake: qtObject
             }
         }
     }
@@ -92,5 +114,10 @@ Item {
         sourceComponent: TakesDeleteAllDialog {
             camera: root.camera
         }
+    }
+    SsdTakeOpenLoader {
+        id: ssdTakeOpen
+
+        camera: root.camera
     }
 }

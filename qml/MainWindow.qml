@@ -14,6 +14,7 @@ ApplicationWindow {
     /** The source of the view shown. It outlives the selection, so that a view on its way out still has it. */
     property Camera shownCamera
     property Take shownTake
+    property SsdTake shownSsdTake
     property VeskFile shownVeskFile
     property PlaybackVeskObject shownPlayback
 
@@ -26,6 +27,7 @@ ApplicationWindow {
         saveDialog.active = false;
         root.shownCamera = root.selected as Camera ?? root.shownCamera;
         root.shownTake = root.selected as Take ?? root.shownTake;
+        root.shownSsdTake = root.selected as SsdTake ?? root.shownSsdTake;
         root.shownVeskFile = root.selected as VeskFile ?? root.shownVeskFile;
         root.shownPlayback = root.selected as PlaybackVeskObject ?? root.shownPlayback;
         switch (root.selected?.type) {
@@ -36,6 +38,10 @@ ApplicationWindow {
         case VeskObject.TakeType:
             menuArea.sourceComponent = takeMenuBar;
             mainArea.sourceComponent = takeView;
+            break;
+        case VeskObject.SsdTakeType:
+            menuArea.sourceComponent = ssdTakeMenuBar;
+            mainArea.sourceComponent = ssdTakeView;
             break;
         case VeskObject.VeskFileType:
             menuArea.sourceComponent = veskFileMenuBar;
@@ -117,7 +123,11 @@ ApplicationWindow {
             camera: root.shownCamera
         }
     }
+    SsdTakeOpenLoader {
+        id: ssdTakeOpen
 
+        camera: root.shownCamera
+    }
     SaveDialogLoader {
         id: saveDialog
 
@@ -154,6 +164,13 @@ ApplicationWindow {
         }
     }
     Component {
+        id: ssdTakeView
+
+        SsdTakeView {
+            ssdTake: root.shownSsdTake
+        }
+    }
+    Component {
         id: veskFileView
 
         VeskFileView {
@@ -174,6 +191,7 @@ ApplicationWindow {
             camera: root.shownCamera
             dialogs: sourceDialogs
             deleteAllDialog: takesDeleteAll
+            ssdTakeOpenDialog: ssdTakeOpen
         }
     }
     Component {
@@ -183,6 +201,15 @@ ApplicationWindow {
             dialogs: sourceDialogs
             saveDialog: saveDialog
             deletion: takeDeletion
+        }
+    }
+    Component {
+        id: ssdTakeMenuBar
+
+        SsdTakeMenuBar {
+            ssdTake: root.shownSsdTake
+            dialogs: sourceDialogs
+            saveDialog: saveDialog
         }
     }
     Component {

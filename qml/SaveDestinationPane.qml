@@ -10,6 +10,8 @@ SaveForm {
     id: root
 
     required property SaveTarget target
+    /** Bytes left on the camera's drive. */
+    readonly property real driveSpace: Number(target.camera?.ssdSize.value ?? 0) - Number(target.camera?.ssdUsed.value ?? 0)
 
     function refreshFreeSpace() {
         freeSpace.bytes = App.instance.folderBytesAvailable(root.target.folder);
@@ -31,12 +33,9 @@ SaveForm {
     SaveChoice {
         Layout.columnSpan: 3
         name: qsTr("Save To")
-        entries: [
-            {
-                "text": qsTr("File")
-            }
-        ]
-        chosen: 0
+        entries: root.target.dests
+        chosen: root.target.destIndex
+        onActivated: index => root.target.destIndex = index
     }
     SaveLabel {
         text: qsTr("File Name:")
@@ -48,8 +47,10 @@ SaveForm {
     }
     SaveLabel {
         text: qsTr("Folder:")
+        visible: !root.target.onDrive
     }
     RowLayout {
+        visible: !root.target.onDrive
         Layout.columnSpan: 3
         Layout.preferredHeight: 24
 
@@ -74,7 +75,7 @@ SaveForm {
         property real bytes: 0
 
         name: qsTr("Free Space")
-        text: Qt.locale().formattedDataSize(bytes, 2, Locale.DataSizeSIFormat)
+        text: Qt.locale().formattedDataSize(root.target.onDrive ? root.driveSpace : bytes, 2, Locale.DataSizeSIFormat)
     }
 
     FolderDialog {

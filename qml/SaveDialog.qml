@@ -20,8 +20,8 @@ DialogWindow {
         if (!root.savable)
             return;
         App.instance.saveManager.createSaveJob(root.source, range.startFr, range.frCnt, target.dest, target.format,
-                                               target.codec, target.frameRate, target.quality, target.fileName,
-                                               target.folder);
+                                               target.codec, target.frameRate, target.quality,
+                                               target.nameless ? "" : target.fileName, target.folder);
         target.store();
         root.close();
         App.instance.setNullVeskObject(VeskApp.SaveProgress);
@@ -40,6 +40,8 @@ DialogWindow {
     }
     SaveTarget {
         id: target
+
+        source: root.source
     }
 
     Flickable {

@@ -29,7 +29,7 @@ SaveForm {
                 if (index === root.target.formatIndex)
                     return;
                 root.target.codecIndex = 0;
-                root.target.formatIndex = index;
+                root.target.chosenFormat = index;
             }
         }
         SaveLabel {

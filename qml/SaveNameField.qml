@@ -12,12 +12,11 @@ RowLayout {
     required property SaveTarget target
 
     function take() {
-        // The cursor is still needed while a tag is chosen.
-        if (tags.visible)
+        // The cursor is still needed while a tag is chosen. A name that the camera gives is not typed.
+        if (tags.visible || root.target.nameless)
             return;
-        if (field.text === "")
-            field.text = App.instance.currentDateTime();
-        root.target.fileName = field.text;
+        root.target.fileName = field.text === "" ? App.instance.currentDateTime() : field.text;
+        field.show();
     }
 
     function insert(tag) {
@@ -28,13 +27,18 @@ RowLayout {
     TextField {
         id: field
 
+        function show() {
+            text = Qt.binding(() => root.target.nameless ? "" : root.target.fileName);
+        }
+
         Layout.fillWidth: true
         Layout.preferredHeight: 24
-        text: root.target.fileName
+        enabled: !root.target.nameless
         validator: RegularExpressionValidator {
             regularExpression: /^(?! )[^\x00-\x1F\\/*?"|]*$/
         }
         Accessible.name: qsTr("File Name")
+        Component.onCompleted: show()
         onEditingFinished: root.take()
     }
     IconButton {
@@ -43,6 +47,7 @@ RowLayout {
         iconText: "\uEA12"
         iconSize: 18
         name: qsTr("Insert a number")
+        enabled: field.enabled
         ToolTip.visible: tipWanted && !tags.visible
         onClicked: tags.popup(addTag, 0, addTag.height)
 

@@ -11,13 +11,10 @@ FocusScope {
     /** Widths in pixels, the rule at the right end of a column included. */
     readonly property SaveColumns columns: SaveColumns {}
 
-    Rectangle {
+    ListBox {
         anchors.centerIn: parent
         width: parent.width - 25
         height: parent.height - 25
-        radius: 2
-        color: Theme.palette.base
-        border.color: Qt.darker(Theme.palette.window, 1.4)
 
         ListView {
             id: list

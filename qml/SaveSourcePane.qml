@@ -12,6 +12,7 @@ SaveForm {
     required property PlaybackVeskObject source
     required property SaveRange range
     readonly property AbstractTake take: source as AbstractTake
+    readonly property SsdTake ssdTake: source as SsdTake
     readonly property VeskFile file: source as VeskFile
 
     /** Brings the range to what is chosen; it may have been made for frames that are gone since. */
@@ -64,12 +65,12 @@ SaveForm {
         font.pixelSize: 13
     }
     SaveLabel {
-        text: qsTr("Take:")
+        text: root.ssdTake ? qsTr("SSD Take:") : qsTr("Take:")
         visible: !root.file
     }
     SaveValue {
-        name: qsTr("Take")
-        text: root.take?.takeId ?? ""
+        name: root.ssdTake ? qsTr("SSD Take") : qsTr("Take")
+        text: root.ssdTake ? App.instance.fileNameFromPath(root.ssdTake.name) : root.take?.takeId ?? ""
         visible: !root.file
     }
     SaveLabel {

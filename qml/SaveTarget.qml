@@ -6,7 +6,24 @@ import Vesk
 QtObject {
     id: root
 
-    readonly property list<var> formats: [
+    required property PlaybackVeskObject source
+    /** Whose drive the source can be saved to; null if to none. */
+    readonly property Camera camera: (source as Take)?.camera ?? null
+    readonly property list<var> dests: {
+        const file = {
+            "text": qsTr("File"),
+            "dest": SaveManager.FileDest
+        };
+        const drive = {
+            "text": qsTr("SSD"),
+            "dest": SaveManager.SsdDest
+        };
+        return root.camera ? [file, drive] : [file];
+    }
+    readonly property bool onDrive: dest === SaveManager.SsdDest
+    /** The camera's firmware gives names to what it saves; it takes none. */
+    readonly property bool nameless: onDrive && (camera?.featureSsdSave.value ?? 0) < 2
+    readonly property list<var> fileFormats: [
         {
             "text": qsTr("VESK"),
             "format": Util.FormatVesk,
@@ -58,11 +75,15 @@ QtObject {
             ]
         }
     ]
-    property int dest: SaveManager.FileDest
-    property int formatIndex: 0
+    /** A camera writes what it reads. */
+    readonly property list<var> formats: onDrive ? fileFormats.slice(0, 1) : fileFormats
+    property int destIndex: 0
+    readonly property int dest: dests[destIndex]?.dest ?? SaveManager.FileDest
+    property int chosenFormat: 0
+    readonly property int formatIndex: onDrive ? 0 : chosenFormat
     property int codecIndex: 0
-    readonly property int format: formats[formatIndex].format
-    readonly property list<var> codecs: formats[formatIndex].codecs
+    readonly property int format: formats[formatIndex]?.format ?? Util.FormatVesk
+    readonly property list<var> codecs: formats[formatIndex]?.codecs ?? []
     readonly property int codec: codecs[codecIndex]?.codec ?? Util.CodecVesk
     readonly property bool isVideo: format === Util.FormatAvi || format === Util.FormatMp4
     /** Of the video, in frames per second. */
@@ -85,8 +106,10 @@ QtObject {
     }
 
     function load() {
+        const dest = root.storedNumber("save/dest", SaveManager.FileDest);
+        root.destIndex = Math.max(0, root.dests.findIndex(entry => entry.dest === dest));
         const format = root.storedNumber("save/format", Util.FormatVesk);
-        root.formatIndex = Math.max(0, root.formats.findIndex(entry => entry.format === format));
+        root.chosenFormat = Math.max(0, root.fileFormats.findIndex(entry => entry.format === format));
         const codec = root.storedNumber("save/codec", -1);
         root.codecIndex = Math.max(0, root.codecs.findIndex(entry => entry.codec === codec));
         const frameRate = root.storedNumber("save/fr_rate", root.defaultFrameRate);

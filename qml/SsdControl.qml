@@ -68,7 +68,7 @@ ControlGrid {
         ControlButton {
             text: qsTr("Open SSD Take")
             enabled: root.ssdReady
-            onClicked: root.camera.ssdLs()
+            onClicked: takeOpen.list()
         }
     }
     ControlRow {
@@ -102,6 +102,11 @@ ControlGrid {
             enabled: root.free && root.formattable
             onClicked: formatDialog.open()
         }
+    }
+    SsdTakeOpenLoader {
+        id: takeOpen
+
+        camera: root.camera
     }
     DialogLoader {
         id: formatDialog

@@ -10,7 +10,9 @@ PlaybackControlBar {
 
     source: root.veskFile
     label: qsTr("VESK File")
-    content: VeskFileInfoControl {
-        veskFile: root.veskFile
+    content: RecordingInfoControl {
+        source: root.veskFile
+        label: qsTr("File Name")
+        path: root.veskFile?.fileName ?? ""
     }
 }

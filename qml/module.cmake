@@ -12,19 +12,21 @@ set(vesk_views
   DialogWindow EditableValueRow ElidedLabel ExitMenuItem FieldEdit FileDialogLoader FlatTextField
   FocusButtons FocusFollower FrameField FWUpdateDialog HelpMenu Icon IconButton IconMenuItem ImgAdjControl
   ImgAdjRow ImgFrameScrollBar ImgFrameView ImgSearchControl ImgToolsControl IOSpinBox IOTimingRow
-  LensInfoControl LensShutterControl LogSlider MainWindow MarkerButton NumberField NumberRow
+  LensInfoControl LensShutterControl ListBox LogSlider MainWindow MarkerButton NumberField NumberRow
   PartitionDialog PixelReadout PlainComboBox PlaybackCameraControl PlaybackControl PlaybackControlBar
   PlaybackFrameRow PlaybackInfoRows PlaybackPane PlaybackScrubber PlaybackSearchRow PlaybackSettings
   PlaybackTimeline PlaybackTransport PlaybackView PlayButton PositiveValidator PressButton RadioMenuItem
-  RefusalDialog SaveActions SaveBanner SaveButton SaveCell SaveChoice SaveColumns SaveDestinationPane
-  SaveDialog SaveDialogLoader SaveForm SaveFormatPane SaveFrameField SaveFrameRate SaveHeaderCell SaveLabel
-  SaveMenuItem SaveNameField SaveProgressHeader SaveProgressRow SaveProgressView SaveQuality SaveRange
-  SaveSourcePane SaveStatus SaveTarget SaveValue ScrubberMarker ScrubberPlayHead SkipButton SourceDialogs
-  SourceTabBox SsdAutosaveControl SsdAutosaveNameEditDialog SsdControl SsdFormatDialog TabBarButton TabBox
-  TakeControlBar TakeDeleteDialog TakeDeleteMenuItem TakeDeletion TakeInfoControl TakeLockedDialog
-  TakeMenuBar TakesDeleteAllDialog TakesDeleteAllMenuItem TakeTab TakeView TransformButton TransportButton
-  UnitsComboBox UnitsComboField UnitsComboRow UnitsTextField VeskButton VeskFileCloseMenuItem
-  VeskFileControlBar VeskFileInfoControl VeskFileMenuBar VeskFileOpenDialog VeskFileOpenMenuItem
+  RecordingInfoControl RefusalDialog SaveActions SaveBanner SaveButton SaveCell SaveChoice SaveColumns
+  SaveDestinationPane SaveDialog SaveDialogLoader SaveForm SaveFormatPane SaveFrameField SaveFrameRate
+  SaveHeaderCell SaveLabel SaveMenuItem SaveNameField SaveProgressHeader SaveProgressRow SaveProgressView
+  SaveQuality SaveRange SaveSourcePane SaveStatus SaveTarget SaveValue ScrubberMarker ScrubberPlayHead
+  SkipButton SourceDialogs SourceTabBox SsdAutosaveControl SsdAutosaveNameEditDialog SsdControl
+  SsdFormatDialog SsdLsHeader SsdLsHeaderCell SsdLsRow SsdLsView SsdTakeCloseMenuItem SsdTakeControlBar
+  SsdTakeMenuBar SsdTakeOpenDialog SsdTakeOpenLoader SsdTakeOpenMenuItem SsdTakeTab SsdTakeView
+  TabBarButton TabBox TakeControlBar TakeDeleteDialog TakeDeleteMenuItem TakeDeletion TakeInfoControl
+  TakeLockedDialog TakeMenuBar TakesDeleteAllDialog TakesDeleteAllMenuItem TakeTab TakeTabBox TakeView
+  TransformButton TransportButton UnitsComboBox UnitsComboField UnitsComboRow UnitsTextField VeskButton
+  VeskFileCloseMenuItem VeskFileControlBar VeskFileMenuBar VeskFileOpenDialog VeskFileOpenMenuItem
   VeskFileTab VeskFileView VeskMenuBar VeskSpinBox VeskTabBar VideoControl ViewMenu WholeNumberValidator
   ZoomMenuItem)
 

@@ -26,10 +26,15 @@ QByteArray SaveFixture::contents(const QString &name) const
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-Take *SaveFixture::startWithTake(int takeId, const q4sim::Config &config)
+void SaveFixture::startFolder()
 {
     m_folder = std::make_unique<QTemporaryDir>();
     VeskApp::instance()->setSetting(u"save/folder"_s, m_folder->path());
+}
+
+Take *SaveFixture::startWithTake(int takeId, const q4sim::Config &config)
+{
+    startFolder();
     return startWithTakes(config) ? openTake(takeId) : nullptr;
 }
 

@@ -26,6 +26,8 @@ public:
     /** startWithTakes, with the dialog's folder set; the take, opened and shown. */
     Take *startWithTake(int takeId);
     Take *startWithTake(int takeId, const q4sim::Config &config);
+    /** Saves go into a new folder. */
+    void startFolder();
     /** Opens the dialog for the take; null if it does not come. */
     QQuickWindow *openSave(int way = Button, int takeId = 1) const;
     QQuickWindow *saveDialog() const;

@@ -1,0 +1,413 @@
+#include "camera/camera.h"
+#include "sim/camera.h"
+#include "take/ssd_take.h"
+#include "tests/qml/drive_fixture.h"
+#include "tests/qml/view_test_main.h"
+
+#include <QColor>
+#include <QFont>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QQuickItem>
+#include <QQuickWindow>
+
+using namespace Qt::StringLiterals;
+using q4sim::RecordingOrder;
+
+/** The window that lists what a camera's drive holds. */
+class TestDriveListing : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void cleanup() { QCOMPARE(m_view.end(), QStringList()); }
+
+    void listingOpensFrom_data();
+    void listingOpensFrom();
+    void listingIsOfferedWhileTheDriveIsReady();
+    void listingHasItsSizes();
+    void rowTellsNameDateAndSize();
+    void oldFirmwareTellsNamesAlone();
+    void titlesSort_data();
+    void titlesSort();
+    void titleShowsTheOrder();
+    void titlesCanBeWorkedWithKeys();
+    void clickSelectsOne();
+    void nothingIsOpenedWithoutASelection();
+    void recordingOpensBy_data();
+    void recordingOpensBy();
+    void keysEndAtTheEndsOfTheList();
+    void listingIsMadeAnewEachTime();
+    void emptyDriveHasAnEmptyList();
+    void longNameIsCutWithATooltip();
+    void nameIsNoMarkup();
+    void cancelOnlyCloses();
+    void listingGoesWithItsCamera();
+    void recordingThatIsGoneOpensNothing();
+
+private:
+    bool openEnabled() const;
+
+    DriveFixture m_view;
+};
+
+/** Sizes rise and dates fall in the order of the names, but for two alike. */
+static q4sim::Config fourRecordings()
+{
+    const auto recording = [](const QString &name, qint64 time, qint64 last) {
+        return RecordingOrder{name, time, {.first = 0, .last = last, .triggerNs = 1735732000000000000}};
+    };
+    q4sim::Config config;
+    config.recordings = {
+        recording(u"Bravo.vesk"_s, 1735732800, 19), recording(u"alpha.vesk"_s, 1738411200, 9),
+        recording(u"delta.vesk"_s, 1735732800, 19), recording(u"Charlie.vesk"_s, 1740830400, 29)};
+    return config;
+}
+
+bool TestDriveListing::openEnabled() const
+{
+    return !m_view.inListing(u"Open"_s, QAccessible::Button)->state().disabled;
+}
+
+void TestDriveListing::listingOpensFrom_data()
+{
+    QTest::addColumn<int>("way");
+    QTest::newRow("panel") << int(DriveFixture::PanelButton);
+    QTest::newRow("camera's tab") << int(DriveFixture::CameraTabMenu);
+    QTest::newRow("file menu") << int(DriveFixture::CameraFileMenu);
+}
+
+void TestDriveListing::listingOpensFrom()
+{
+    QFETCH(const int, way);
+    q4sim::Camera *simulated = m_view.startWithDrive(fourRecordings());
+    QVERIFY(simulated);
+    QVERIFY(m_view.openListing(DriveFixture::Listing(way), 4));
+    QCOMPARE(ViewFixture::bodies(*simulated, "POST", u"/ssd-ls"_s).size(), 1);
+    QCOMPARE(m_view.names(),
+             QStringList({u"alpha.vesk"_s, u"Bravo.vesk"_s, u"Charlie.vesk"_s, u"delta.vesk"_s}));
+    QVERIFY(!m_view.listing()->modality());
+}
+
+void TestDriveListing::listingIsOfferedWhileTheDriveIsReady()
+{
+    q4sim::Camera *simulated = m_view.startWithDrive();
+    QVERIFY(simulated);
+    simulated->forceValue(u"ssd/state"_s, 6);
+    QTRY_COMPARE(m_view.rowText(u"SSD"_s, u"State"_s), u"Ejected"_s);
+    QVERIFY(m_view.inSection(u"SSD"_s, u"Open SSD Take"_s, QAccessible::Button)->state().disabled);
+    const QString entry = u"Open SSD Take..."_s;
+    QVERIFY(m_view.click(u"Simulated Q4"_s, Qt::RightButton));
+    QVERIFY(m_view.offers(entry));
+    QVERIFY(m_view.element(entry, QAccessible::MenuItem)->state().disabled);
+    QCOMPARE(m_view.menuWith(entry), QStringList({entry, u"Delete All Takes..."_s, u"Disconnect"_s}));
+    QTest::keyClick(m_view.window(), Qt::Key_Escape);
+    QTRY_VERIFY(!m_view.shows(entry));
+    QVERIFY(m_view.click(u"File"_s));
+    QVERIFY(m_view.offers(entry));
+    QVERIFY(m_view.element(entry, QAccessible::MenuItem)->state().disabled);
+    QCOMPARE(m_view.menuWith(entry),
+             QStringList({u"Connect Camera..."_s, u"Open VESK File..."_s, u"-"_s, entry,
+                          u"Delete All Takes..."_s, u"Disconnect"_s, u"-"_s, u"Exit"_s}));
+    simulated->forceValue(u"ssd/state"_s, 3);
+    QTRY_VERIFY(!m_view.element(entry, QAccessible::MenuItem)->state().disabled);
+    QTest::keyClick(m_view.window(), Qt::Key_Escape);
+}
+
+void TestDriveListing::listingHasItsSizes()
+{
+    QVERIFY(m_view.startWithDrive(fourRecordings()));
+    const QQuickWindow *window = m_view.openListing(DriveFixture::PanelButton, 4);
+    QVERIFY(window);
+    QCOMPARE(window->size(), QSize(512, 512));
+    QCOMPARE(window->minimumSize(), QSize(512, 300));
+    QVERIFY(window->maximumWidth() > 4000 && window->maximumHeight() > 4000);
+    const auto title = [this](const QString &name) {
+        return qobject_cast<QQuickItem *>(m_view.inListing(name, QAccessible::ColumnHeader)->object());
+    };
+    QCOMPARE(title(u"Date"_s)->size(), QSizeF(141, 28));
+    QCOMPARE(title(u"Size"_s)->size(), QSizeF(101, 28));
+    const QQuickItem *list = title(u"Name"_s)->parentItem();
+    QCOMPARE(title(u"Name"_s)->width(), list->width() - 242);
+    QCOMPARE(m_view.row(u"alpha.vesk"_s)->size(), QSizeF(list->width(), 20));
+}
+
+void TestDriveListing::rowTellsNameDateAndSize()
+{
+    QVERIFY(m_view.startWithDrive(fourRecordings()));
+    QVERIFY(m_view.openListing(DriveFixture::PanelButton, 4));
+    QQuickItem *row = m_view.row(u"alpha.vesk"_s);
+    const QQuickItem *icon = ViewFixture::itemWithText(row, u"\uECC5"_s);
+    QVERIFY(icon);
+    const QString date = QDateTime::fromSecsSinceEpoch(1738411200).toString(u"yyyy-MM-dd HH:mm:ss"_s);
+    QQuickItem *dateItem = ViewFixture::itemWithText(row, date);
+    QVERIFY(dateItem);
+    QCOMPARE(dateItem->width(), 141.0);
+    const QJsonArray listed =
+        QJsonDocument::fromJson(m_view.simulated()->answer("POST", u"/ssd-ls"_s, R"({"long": 1})").body)
+            .object()
+            .value(u"ssd-ls"_s)
+            .toArray();
+    QCOMPARE(listed.size(), 4);
+    const qint64 bytes = listed.at(1).toObject().value(u"size"_s).toInteger();
+    QVERIFY(bytes > 0);
+    QQuickItem *size =
+        ViewFixture::itemWithText(row, QLocale().formattedDataSize(bytes, 2, QLocale::DataSizeSIFormat));
+    QVERIFY(size);
+    QCOMPARE(size->width(), 101.0);
+}
+
+void TestDriveListing::oldFirmwareTellsNamesAlone()
+{
+    q4sim::Config config = fourRecordings();
+    config.firmware = q4sim::Firmware::Old;
+    QVERIFY(m_view.startWithDrive(config));
+    QVERIFY(m_view.openListing(DriveFixture::PanelButton, 4));
+    for (const QString &name : m_view.names())
+        QCOMPARE(m_view.inListing(name, QAccessible::ListItem)->text(QAccessible::Description), QString());
+    QVERIFY(m_view.pressInListing(u"Size"_s, QAccessible::ColumnHeader));
+    QTRY_COMPARE(m_view.names(),
+                 QStringList({u"alpha.vesk"_s, u"Bravo.vesk"_s, u"Charlie.vesk"_s, u"delta.vesk"_s}));
+}
+
+void TestDriveListing::titlesSort_data()
+{
+    QTest::addColumn<QStringList>("titles");
+    QTest::addColumn<QString>("order");
+    QTest::newRow("name again") << QStringList{u"Name"_s} << u"dcba"_s;
+    QTest::newRow("name twice") << QStringList{u"Name"_s, u"Name"_s} << u"abcd"_s;
+    QTest::newRow("date") << QStringList{u"Date"_s} << u"cabd"_s;
+    QTest::newRow("date twice") << QStringList{u"Date"_s, u"Date"_s} << u"bdac"_s;
+    QTest::newRow("size") << QStringList{u"Size"_s} << u"cbda"_s;
+    QTest::newRow("size twice") << QStringList{u"Size"_s, u"Size"_s} << u"abdc"_s;
+    QTest::newRow("name after size") << QStringList{u"Size"_s, u"Name"_s} << u"abcd"_s;
+    QTest::newRow("date after all") << QStringList{u"Date"_s, u"Size"_s, u"Date"_s} << u"cabd"_s;
+}
+
+void TestDriveListing::titlesSort()
+{
+    QFETCH(const QStringList, titles);
+    QVERIFY(m_view.startWithDrive(fourRecordings()));
+    QVERIFY(m_view.openListing(DriveFixture::PanelButton, 4));
+    for (const QString &title : titles)
+        QVERIFY(m_view.pressInListing(title, QAccessible::ColumnHeader));
+    const auto initials = [this] {
+        QString text;
+        for (const QString &name : m_view.names())
+            text += name.at(0).toLower();
+        return text;
+    };
+    ViewFixture::settle(m_view.listing());
+    QTEST(initials(), "order");
+}
+
+void TestDriveListing::titleShowsTheOrder()
+{
+    QVERIFY(m_view.startWithDrive(fourRecordings()));
+    QVERIFY(m_view.openListing(DriveFixture::PanelButton, 4));
+    const auto arrow = [this](const QString &title) {
+        auto *item = qobject_cast<QQuickItem *>(m_view.inListing(title, QAccessible::ColumnHeader)->object());
+        for (const QString &glyph : {u"\uEA78"_s, u"\uEA4E"_s}) {
+            const QQuickItem *found = ViewFixture::itemWithText(item, glyph);
+            if (found && found->property("font").value<QFont>().pixelSize() == 16)
+                return glyph;
+        }
+        return QString();
+    };
+    QCOMPARE(arrow(u"Name"_s), u"\uEA78"_s);
+    QCOMPARE(arrow(u"Date"_s), QString());
+    QVERIFY(m_view.pressInListing(u"Name"_s, QAccessible::ColumnHeader));
+    QCOMPARE(arrow(u"Name"_s), u"\uEA4E"_s);
+    QVERIFY(m_view.pressInListing(u"Date"_s, QAccessible::ColumnHeader));
+    QCOMPARE(arrow(u"Name"_s), QString());
+    QCOMPARE(arrow(u"Date"_s), u"\uEA4E"_s);
+    QVERIFY(m_view.pressInListing(u"Date"_s, QAccessible::ColumnHeader));
+    QCOMPARE(arrow(u"Date"_s), u"\uEA78"_s);
+}
+
+void TestDriveListing::titlesCanBeWorkedWithKeys()
+{
+    QVERIFY(m_view.startWithDrive(fourRecordings()));
+    QVERIFY(m_view.openListing(DriveFixture::PanelButton, 4));
+    for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Return}) {
+        auto *title =
+            qobject_cast<QQuickItem *>(m_view.inListing(u"Name"_s, QAccessible::ColumnHeader)->object());
+        title->forceActiveFocus(Qt::TabFocusReason);
+        const QString first = m_view.names().first();
+        QTest::keyClick(m_view.listing(), key);
+        QTRY_COMPARE(m_view.names().last(), first);
+    }
+    QVERIFY(m_view.listing());
+}
+
+void TestDriveListing::clickSelectsOne()
+{
+    QVERIFY(m_view.startWithDrive(fourRecordings()));
+    QVERIFY(m_view.openListing(DriveFixture::PanelButton, 4));
+    QVERIFY(m_view.pressInListing(u"alpha.vesk"_s, QAccessible::ListItem));
+    QVERIFY(m_view.isSelected(u"alpha.vesk"_s));
+    QCOMPARE(m_view.row(u"alpha.vesk"_s)->property("color").value<QColor>(), QColor("#D25F15"));
+    QVERIFY(m_view.pressInListing(u"delta.vesk"_s, QAccessible::ListItem));
+    QVERIFY(m_view.isSelected(u"delta.vesk"_s));
+    QVERIFY(!m_view.isSelected(u"alpha.vesk"_s));
+    QTest::mouseMove(
+        m_view.listing(),
+        ViewFixture::centre(m_view.listing(), m_view.inListing(u"Bravo.vesk"_s, QAccessible::ListItem)));
+    QTRY_COMPARE(m_view.row(u"Bravo.vesk"_s)->property("color").value<QColor>(), QColor("#262626"));
+}
+
+void TestDriveListing::nothingIsOpenedWithoutASelection()
+{
+    q4sim::Camera *simulated = m_view.startWithDrive(fourRecordings());
+    QVERIFY(simulated);
+    QVERIFY(m_view.openListing(DriveFixture::PanelButton, 4));
+    QVERIFY(!openEnabled());
+    QTest::keyClick(m_view.listing(), Qt::Key_Return);
+    QVERIFY(m_view.waitForPolls(1));
+    QVERIFY(m_view.listing());
+    QCOMPARE(ViewFixture::bodies(*simulated, "POST", u"/ssd-fopen"_s), QByteArrayList());
+    QVERIFY(m_view.pressInListing(u"alpha.vesk"_s, QAccessible::ListItem));
+    QTRY_VERIFY(openEnabled());
+}
+
+void TestDriveListing::recordingOpensBy_data()
+{
+    QTest::addColumn<int>("way");
+    QTest::newRow("button") << 0;
+    QTest::newRow("double click") << 1;
+    QTest::newRow("keys") << 2;
+}
+
+void TestDriveListing::recordingOpensBy()
+{
+    QFETCH(const int, way);
+    q4sim::Camera *simulated = m_view.startWithDrive(fourRecordings());
+    QVERIFY(simulated);
+    QVERIFY(m_view.openListing(DriveFixture::PanelButton, 4));
+    if (way == 0) {
+        QVERIFY(m_view.pressInListing(u"Charlie.vesk"_s, QAccessible::ListItem));
+        QVERIFY(m_view.pressInListing(u"Open"_s));
+    } else if (way == 1) {
+        QVERIFY(m_view.doubleClickRow(u"Charlie.vesk"_s));
+    } else {
+        for (const Qt::Key key : {Qt::Key_Down, Qt::Key_Down, Qt::Key_Down, Qt::Key_Return})
+            QTest::keyClick(m_view.listing(), key);
+    }
+    QTRY_VERIFY(!m_view.listing());
+    QTRY_VERIFY(DriveFixture::selectedRecording());
+    QCOMPARE(ViewFixture::bodies(*simulated, "POST", u"/ssd-fopen"_s),
+             QByteArrayList{R"({"name":"Charlie.vesk"})"});
+    QCOMPARE(DriveFixture::selectedRecording()->name(), u"Charlie.vesk"_s);
+    QTRY_VERIFY(m_view.tabOf(u"Charlie.vesk"_s));
+}
+
+void TestDriveListing::keysEndAtTheEndsOfTheList()
+{
+    QVERIFY(m_view.startWithDrive(fourRecordings()));
+    QVERIFY(m_view.openListing(DriveFixture::PanelButton, 4));
+    const auto press = [this](Qt::Key key) { QTest::keyClick(m_view.listing(), key); };
+    press(Qt::Key_Up);
+    QVERIFY(m_view.isSelected(u"alpha.vesk"_s));
+    press(Qt::Key_Up);
+    QVERIFY(m_view.isSelected(u"alpha.vesk"_s));
+    press(Qt::Key_End);
+    QVERIFY(m_view.isSelected(u"delta.vesk"_s));
+    press(Qt::Key_Down);
+    QVERIFY(m_view.isSelected(u"delta.vesk"_s));
+    press(Qt::Key_PageUp);
+    QVERIFY(m_view.isSelected(u"alpha.vesk"_s));
+    press(Qt::Key_PageDown);
+    QVERIFY(m_view.isSelected(u"delta.vesk"_s));
+    press(Qt::Key_Home);
+    QVERIFY(m_view.isSelected(u"alpha.vesk"_s));
+}
+
+void TestDriveListing::listingIsMadeAnewEachTime()
+{
+    q4sim::Camera *simulated = m_view.startWithDrive(fourRecordings());
+    QVERIFY(simulated);
+    QVERIFY(m_view.openListing(DriveFixture::PanelButton, 4));
+    QVERIFY(m_view.pressInListing(u"alpha.vesk"_s, QAccessible::ListItem));
+    QVERIFY(m_view.pressInListing(u"Cancel"_s));
+    QTRY_VERIFY(!m_view.listing());
+    QVERIFY(m_view.openListing(DriveFixture::PanelButton, 4));
+    QTRY_COMPARE(ViewFixture::bodies(*simulated, "POST", u"/ssd-ls"_s).size(), 2);
+    QTRY_VERIFY(!m_view.isSelected(u"alpha.vesk"_s));
+    QVERIFY(!openEnabled());
+}
+
+void TestDriveListing::emptyDriveHasAnEmptyList()
+{
+    q4sim::Config config;
+    config.recordings = {};
+    QVERIFY(m_view.startWithDrive(config));
+    QVERIFY(m_view.openListing(DriveFixture::PanelButton, 0));
+    QTest::keyClick(m_view.listing(), Qt::Key_Down);
+    QTest::keyClick(m_view.listing(), Qt::Key_Return);
+    QVERIFY(!openEnabled());
+}
+
+void TestDriveListing::longNameIsCutWithATooltip()
+{
+    const QString name = QString(250, u'n') + u".vesk"_s;
+    q4sim::Config config;
+    config.recordings = {{name, 1735732800, {.first = 0, .last = 9, .triggerNs = 1735732000000000000}}};
+    QVERIFY(m_view.startWithDrive(config));
+    QVERIFY(m_view.openListing(DriveFixture::PanelButton, 1));
+    QQuickItem *label = ViewFixture::itemWithText(m_view.row(name), name);
+    QVERIFY(label);
+    QVERIFY(label->property("truncated").toBool());
+    QVERIFY(label->x() + label->width() <= m_view.row(name)->width() - 242);
+}
+
+void TestDriveListing::nameIsNoMarkup()
+{
+    const QString name = u"<b>x<br> \u6771\u4eac & 'q'.vesk"_s;
+    q4sim::Config config;
+    config.recordings = {{name, 1735732800, {.first = 0, .last = 9, .triggerNs = 1735732000000000000}}};
+    QVERIFY(m_view.startWithDrive(config));
+    QVERIFY(m_view.openListing(DriveFixture::PanelButton, 1));
+    QCOMPARE(m_view.names(), QStringList(name));
+    QVERIFY(ViewFixture::itemWithText(m_view.row(name), name));
+    QVERIFY(m_view.doubleClickRow(name));
+    QTRY_VERIFY(DriveFixture::selectedRecording());
+    QTRY_VERIFY(m_view.tabOf(name));
+}
+
+void TestDriveListing::cancelOnlyCloses()
+{
+    q4sim::Camera *simulated = m_view.startWithDrive(fourRecordings());
+    QVERIFY(simulated);
+    QVERIFY(m_view.openListing(DriveFixture::PanelButton, 4));
+    QVERIFY(m_view.pressInListing(u"alpha.vesk"_s, QAccessible::ListItem));
+    QVERIFY(m_view.pressInListing(u"Cancel"_s));
+    QTRY_VERIFY(!m_view.listing());
+    QVERIFY(m_view.waitForPolls(2));
+    QCOMPARE(ViewFixture::bodies(*simulated, "POST", u"/ssd-fopen"_s), QByteArrayList());
+}
+
+void TestDriveListing::listingGoesWithItsCamera()
+{
+    QVERIFY(m_view.startWithDrive(fourRecordings()));
+    QVERIFY(m_view.openListing(DriveFixture::CameraTabMenu, 4));
+    m_view.camera()->disconnectCamera();
+    QTRY_VERIFY(!m_view.listing());
+}
+
+void TestDriveListing::recordingThatIsGoneOpensNothing()
+{
+    q4sim::Camera *simulated = m_view.startWithDrive(fourRecordings());
+    QVERIFY(simulated);
+    QVERIFY(m_view.openListing(DriveFixture::PanelButton, 4));
+    QCOMPARE(simulated->operate({{u"ssd"_s, u"insert-blank"_s}}), QString());
+    QVERIFY(m_view.doubleClickRow(u"alpha.vesk"_s));
+    QTRY_VERIFY(!m_view.listing());
+    QTRY_COMPARE(ViewFixture::bodies(*simulated, "POST", u"/ssd-fopen"_s).size(), 1);
+    QVERIFY(m_view.waitForPolls(2));
+    QVERIFY(!DriveFixture::selectedRecording());
+    QVERIFY(!m_view.tabOf(u"alpha.vesk"_s));
+}
+
+VIEW_TEST_MAIN(TestDriveListing)
+#include "tst_drive_listing.moc"
