@@ -206,7 +206,7 @@ void TestCameraSession::escapeLeavesTheNameAsItWas()
 
 void TestCameraSession::disconnectLeadsBackToTheAboutView()
 {
-    QVERIFY(m_session.pickFromFileMenu(3));
+    QVERIFY(m_session.pickFromFileMenu(4));
     QVERIFY(m_session.wait([&](const QImage &now) {
         return Session::count(now, m_session.layout().tab(), isBright) == 0 && !WindowLayout(now).valid();
     }));
@@ -289,7 +289,7 @@ void TestCameraSession::silentCameraDoesNotFreezeTheWindow()
     QElapsedTimer timer;
     timer.start();
     m_session.click(m_session.layout().fileMenu());
-    const QPoint item = m_session.layout().fileMenuItem(4);
+    const QPoint item = m_session.layout().fileMenuItem(5);
     const auto open = [&](const QImage &now) {
         return now.copy(QRect(item, QSize(40, 8))) != still.copy(QRect(item, QSize(40, 8)));
     };

@@ -250,8 +250,10 @@ QPoint WindowLayout::fileMenu() const
 QPoint WindowLayout::fileMenuItem(int index) const
 {
     // 20 for an item, 3 for a separator.
-    constexpr std::array offsets = {11, 31, 54, 74, 97};
-    return {100, m_top + offsets.at(static_cast<size_t>(index))};
+    constexpr std::array ofCamera = {11, 31, 54, 74, 94, 117};
+    constexpr std::array ofOthers = {11, 31, 54, 74, 97};
+    const auto place = static_cast<size_t>(index);
+    return {100, m_top + (m_panel == Panel::Camera ? ofCamera.at(place) : ofOthers.at(place))};
 }
 
 QRect WindowLayout::tab() const

@@ -43,8 +43,8 @@ public:
     static QPoint choice(const QRect &widget, int index);
 
     QPoint fileMenu() const;
-    /// Of a camera: Connect Camera, Open VESK File, Delete All Takes, Disconnect, Exit. Of others the third
-    /// and fourth are Save, and Delete or Close.
+    /// Of a camera: Connect Camera, Open VESK File, Open SSD Take, Delete All Takes, Disconnect, Exit. Of
+    /// others: the first two, Save, Delete or Close, Exit.
     QPoint fileMenuItem(int index) const;
 
     /// The first tab: its box, the icon in it, and the camera's name.
