@@ -1,5 +1,6 @@
 #include "camera/camera.h"
 #include "sim/camera.h"
+#include "take/ssd_ls_sort_proxy_model.h"
 #include "take/ssd_take.h"
 #include "tests/qml/drive_fixture.h"
 #include "tests/qml/view_test_main.h"
@@ -38,7 +39,9 @@ private slots:
     void recordingOpensBy_data();
     void recordingOpensBy();
     void keysEndAtTheEndsOfTheList();
+    void keysKeepTheRowInSight();
     void listingIsMadeAnewEachTime();
+    void keysBeginAnewWithANewList();
     void emptyDriveHasAnEmptyList();
     void longNameIsCutWithATooltip();
     void nameIsNoMarkup();
@@ -320,6 +323,59 @@ void TestDriveListing::keysEndAtTheEndsOfTheList()
     press(Qt::Key_PageDown);
     QVERIFY(m_view.isSelected(u"delta.vesk"_s));
     press(Qt::Key_Home);
+    QVERIFY(m_view.isSelected(u"alpha.vesk"_s));
+}
+
+/** Neither under the titles nor below the window. */
+void TestDriveListing::keysKeepTheRowInSight()
+{
+    q4sim::Config config;
+    config.recordings = {};
+    for (int i = 0; i < 100; ++i)
+        config.recordings.append({u"r%1.vesk"_s.arg(i, 3, 10, '0'_L1),
+                                  1735732800 + i,
+                                  {.first = 0, .last = 9, .triggerNs = 1735732000000000000}});
+    QVERIFY(m_view.startWithDrive(config));
+    m_view.camera()->ssdLs();
+    QTRY_COMPARE(m_view.camera()->ssdLsEntries()->rowCount(), 100);
+    QVERIFY(m_view.clickIn(u"SSD"_s, u"Open SSD Take"_s));
+    QTRY_VERIFY(m_view.listing() && m_view.row(u"r000.vesk"_s));
+    QVERIFY(QTest::qWaitForWindowActive(m_view.listing()));
+    const auto inSight = [this](int number) {
+        const QString name = u"r%1.vesk"_s.arg(number, 3, 10, '0'_L1);
+        ViewFixture::settle(m_view.listing());
+        const QQuickItem *row = m_view.row(name);
+        auto *title = qobject_cast<QQuickItem *>(m_view.inListing(u"Name"_s, QAccessible::ColumnHeader)->object());
+        if (!row || !m_view.isSelected(name))
+            return false;
+        const qreal top = row->mapToScene({0, 0}).y();
+        const qreal titles = title->mapToScene({0, 28}).y();
+        // The box ends above the buttons, which are 40 high.
+        return top >= titles && top + 20 <= m_view.listing()->height() - 40;
+    };
+    QTest::keyClick(m_view.listing(), Qt::Key_End);
+    QVERIFY(inSight(99));
+    for (int number = 98; number >= 60; --number) {
+        QTest::keyClick(m_view.listing(), Qt::Key_Up);
+        QVERIFY2(inSight(number), qPrintable(QString::number(number)));
+    }
+    QTest::keyClick(m_view.listing(), Qt::Key_Home);
+    QVERIFY(inSight(0));
+    for (int number = 1; number <= 40; ++number) {
+        QTest::keyClick(m_view.listing(), Qt::Key_Down);
+        QVERIFY2(inSight(number), qPrintable(QString::number(number)));
+    }
+}
+
+void TestDriveListing::keysBeginAnewWithANewList()
+{
+    QVERIFY(m_view.startWithDrive(fourRecordings()));
+    QVERIFY(m_view.openListing(DriveFixture::PanelButton, 4));
+    QTest::keyClick(m_view.listing(), Qt::Key_End);
+    QVERIFY(m_view.isSelected(u"delta.vesk"_s));
+    m_view.camera()->ssdLs();
+    QTRY_VERIFY(!m_view.isSelected(u"delta.vesk"_s) && m_view.names().size() == 4);
+    QTest::keyClick(m_view.listing(), Qt::Key_Down);
     QVERIFY(m_view.isSelected(u"alpha.vesk"_s));
 }
 
