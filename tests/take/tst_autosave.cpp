@@ -22,6 +22,20 @@
 
 using namespace Qt::StringLiterals;
 
+// Freed memory is kept back for a while under the address sanitizer, and would count as grown.
+extern "C" const char *__asan_default_options();
+extern "C" const char *__asan_default_options()
+{
+    return "quarantine_size_mb=1";
+}
+
+/** In 40 recordings; the sanitizers keep records of what was allocated beside it. */
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+static constexpr qint64 GrowthKiB = 24 << 10;
+#else
+static constexpr qint64 GrowthKiB = 4 << 10;
+#endif
+
 /** A camera that is left alone: each finished take goes onto its drive, and the next recording begins. */
 class TestAutosave : public QObject
 {
@@ -162,7 +176,7 @@ private slots:
         QTRY_COMPARE(state(), 2);
         const qint64 grown = residentKiB() - early;
         qInfo("grown by %lld KiB in 40 recordings", grown);
-        QVERIFY2(early > 0 && grown < 4096, qPrintable(u"grown by %1 KiB"_s.arg(grown)));
+        QVERIFY2(early > 0 && grown < GrowthKiB, qPrintable(u"grown by %1 KiB"_s.arg(grown)));
         QCOMPARE(m_camera->findChildren<QObject *>().size(), children);
 
         QCOMPARE(sent("/ssd-save"), count);
