@@ -287,6 +287,7 @@ private:
     void previewTick();
     /** Brings the takes up to what the status says; init is true for the poll that makes the connection. */
     void updateTakes(const QJsonObject &document, bool init);
+    int partitions() const;
     void replaceTakes(int count);
     /** Those of a list, before they go. */
     static void unselectTakes(const QQmlObjectListModelBase &takes);

@@ -20,9 +20,15 @@ void Camera::createTakes()
     m_savedTakes = new SavedTakeModel(m_takes, this);
 }
 
+/** As many as a camera can have, whatever it tells. */
+int Camera::partitions() const
+{
+    return std::clamp(prtnCntValue()->variant().toInt(), 0, MaxPartitions);
+}
+
 int Camera::takesAvailable() const
 {
-    return prtnCntValue()->variant().toInt() - m_savedTakes->rowCount();
+    return partitions() - m_savedTakes->rowCount();
 }
 
 void Camera::updateTakes(const QJsonObject &document, bool init)
@@ -30,11 +36,10 @@ void Camera::updateTakes(const QJsonObject &document, bool init)
     const QJsonObject acq = document.value(QLatin1StringView("acq")).toObject();
     const QVariantList saved = acq.value(QLatin1StringView("saved_takes")).toArray().toVariantList();
     const QVariantList locked = acq.value(QLatin1StringView("locked_takes")).toArray().toVariantList();
-    const int partitions = std::clamp(prtnCntValue()->variant().toInt(), 0, MaxPartitions);
     const int activeTakeId = activeTakeIdValue()->variant().toInt();
 
-    if (m_takes->size() != partitions)
-        replaceTakes(partitions);
+    if (m_takes->size() != partitions())
+        replaceTakes(partitions());
     Take *activeTake = nullptr;
     for (int i = 0; i < m_takes->size(); ++i) {
         auto *take = qobject_cast<Take *>(m_takes->get(i));

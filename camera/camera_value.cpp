@@ -34,8 +34,9 @@ void CameraValue::setValue(const QVariant &value, bool silent)
 
 bool CameraValue::ignoresUpdate()
 {
-    // A change that is held back may wait for longer than one poll; until it goes out the camera cannot know.
-    return std::exchange(m_ignoreNextUpdate, false) || (m_sendPending && m_unanswered > 0);
+    // A change that is held back may wait for longer than one poll; until it goes out the camera cannot know,
+    // and the first poll behind it may have been on its way before.
+    return (m_sendPending && m_unanswered > 0) || std::exchange(m_ignoreNextUpdate, false);
 }
 
 bool CameraValue::setValueFromJson(const QJsonValue &json)

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <utility>
 
 using namespace std::chrono_literals;
 
@@ -87,6 +88,13 @@ void ImgFrame::setMaxPan(double maxPanX, double maxPanY)
         emit maxPanXChanged();
     if (yChanged)
         emit maxPanYChanged();
+    // What is drawn is the same; but zooming goes on from here.
+    const double panX = limitedPan(m_panX, m_maxPanX);
+    const double panY = limitedPan(m_panY, m_maxPanY);
+    if (std::exchange(m_panX, panX) != panX)
+        emit panXChanged();
+    if (std::exchange(m_panY, panY) != panY)
+        emit panYChanged();
 }
 
 void ImgFrame::zoomIn()

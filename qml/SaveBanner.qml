@@ -15,13 +15,13 @@ Banner {
 
     BannerText {
         anchors.left: parent.left
-        anchors.leftMargin: 6
+        anchors.leftMargin: 4
         anchors.verticalCenter: parent.verticalCenter
         text: qsTr("SAVE IN PROGRESS...")
     }
     BannerText {
         anchors.right: parent.right
-        anchors.rightMargin: 6
+        anchors.rightMargin: 4
         anchors.verticalCenter: parent.verticalCenter
         text: root.progress.toFixed(0) + "%"
         font.features: { "tnum": 1 }

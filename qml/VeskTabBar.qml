@@ -73,6 +73,8 @@ FocusScope {
             spacing: 8
             boundsBehavior: Flickable.StopAtBounds
             flickDeceleration: Theme.flickDeceleration
+            // All tabs are kept, as far as they may be scrolled: their dialogs are open as long as they are there.
+            cacheBuffer: 1000000
             model: App.instance.veskObjModel
             ScrollBar.vertical: ScrollBar {}
             Accessible.role: Accessible.PageTabList

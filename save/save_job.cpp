@@ -75,7 +75,7 @@ void SaveJob::queueDestroyed()
 void SaveJob::sourceDeletedClosed()
 {
     m_source = nullptr;
-    const bool waits = m_state != Saving;
+    const bool waits = m_state == Queued;
     fail(QStringLiteral("take deleted or closed"));
     if (waits && m_queue)
         m_queue->remove(this);

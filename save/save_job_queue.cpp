@@ -21,11 +21,16 @@ void SaveJobQueue::enqueue(SaveJob *saveJob)
 
 void SaveJobQueue::remove(SaveJob *saveJob)
 {
-    // A job whose take went while the camera held it back has failed, but has not been told its end yet.
-    if (saveJob == m_activeSaveJob)
+    m_pending.removeOne(saveJob);
+}
+
+/** One whose take went while the camera held it back has failed, but has not come to its end yet. */
+void SaveJobQueue::release(SaveJob *saveJob)
+{
+    if (saveJob && saveJob == m_activeSaveJob)
         finishSaveJob();
     else
-        m_pending.removeOne(saveJob);
+        remove(saveJob);
 }
 
 void SaveJobQueue::startSaveJob(SaveJob *saveJob)

@@ -25,8 +25,10 @@ public:
     const QList<SaveJob *> &pending() const { return m_pending; }
 
     void enqueue(SaveJob *saveJob);
-    /** Takes a job out that does not run any more, or not yet. */
+    /** Takes a job out that waits. */
     void remove(SaveJob *saveJob);
+    /** Forgets a job that does not run any more, or not yet. */
+    void release(SaveJob *saveJob);
 
 signals:
     void activeSaveJobChanged();

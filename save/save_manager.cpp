@@ -74,7 +74,7 @@ void SaveManager::removeSaveJob(SaveJob *saveJob)
     if (!saveJob || saveJob->state() == SaveJob::QueuedFW || saveJob->state() == SaveJob::Saving)
         return;
     if (saveJob->queue())
-        saveJob->queue()->remove(saveJob);
+        saveJob->queue()->release(saveJob);
     m_saveJobs->remove(saveJob);
     saveJob->deleteLater();
 }

@@ -57,7 +57,7 @@ QByteArray SsdSaveJob::requestBody() const
 bool SsdSaveJob::doStart()
 {
     const auto *take = qobject_cast<Take *>(source());
-    if (!take) {
+    if (!take || !take->savedOpened()) {
         setError(QStringLiteral("take deleted or closed"));
         finish(FinishError);
         return false;

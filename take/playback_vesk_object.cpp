@@ -43,8 +43,9 @@ void PlaybackVeskObject::armPlayTimer()
     }
     m_playClock.restart(m_fr);
     m_playTimer->start();
-    // Of a source at rest, and of a recording of one frame, none falls due.
-    if (m_valuesInit && imgFrame()->image().isNull())
+    // Of a source at rest, and of a recording of one frame, none falls due; a search may have moved it.
+    const bool stale = m_state == Paused && m_fr != m_lastRequestedFr;
+    if (m_valuesInit && (stale || imgFrame()->image().isNull()))
         requestFrame();
 }
 

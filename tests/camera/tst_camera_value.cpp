@@ -210,6 +210,23 @@ private slots:
         m_server->release();
     }
 
+    void pollsAreIgnoredUntilOneBehindAChangeThatWasHeldBack()
+    {
+        m_server->setHold([](const auto &) { return true; });
+        exposure()->setValue(200, false);
+        QTRY_COMPARE(m_server->heldCount(), 1);
+        exposure()->setValue(300, false);
+        for (int poll = 0; poll < 3; ++poll)
+            QVERIFY(!exposure()->setValueFromJson(200));
+        QTRY_COMPARE(exposurePuts().size(), 2);
+        // It may have been on its way when the change went out.
+        QVERIFY(!exposure()->setValueFromJson(200));
+        QCOMPARE(exposure()->variant().toInt(), 300);
+        QVERIFY(exposure()->setValueFromJson(200));
+        QCOMPARE(exposure()->variant().toInt(), 200);
+        m_server->release();
+    }
+
     void twoValuesGoOutAsTwoRequests()
     {
         m_camera->trigOffsetValue()->setValue(-5, false);

@@ -27,6 +27,7 @@ private slots:
     void imageIsToldWithEveryWrite();
     void zoomFitTellsOnce();
     void maxPanTellsEachSideThatChanged();
+    void panIsBroughtIntoNewLimits();
     void zoomingAndPanningAreActiveForASecond();
     void activityRestartsWithEveryMove();
 };
@@ -254,6 +255,27 @@ void TestImgFrame::maxPanTellsEachSideThatChanged()
     QCOMPARE(y.count(), 1);
     QCOMPARE(frame.maxPanX(), 0.5);
     QCOMPARE(frame.maxPanY(), 0.25);
+}
+
+void TestImgFrame::panIsBroughtIntoNewLimits()
+{
+    ImgFrame frame;
+    frame.setMaxPan(0.75, 0.5);
+    frame.setPanX(0.75);
+    frame.setPanY(0.25);
+    QSignalSpy x(&frame, &ImgFrame::panXChanged);
+    QSignalSpy y(&frame, &ImgFrame::panYChanged);
+    QSignalSpy data(&frame, &ImgFrame::dataChanged);
+    frame.setMaxPan(0.5, 0.5);
+    QCOMPARE(frame.panX(), 0.5);
+    QCOMPARE(frame.panY(), 0.25);
+    QCOMPARE(x.count(), 1);
+    QCOMPARE(y.count(), 0);
+    frame.setMaxPan(0.0, 0.0);
+    QCOMPARE(frame.panX(), 0.0);
+    QCOMPARE(frame.panY(), 0.0);
+    QCOMPARE(y.count(), 1);
+    QCOMPARE(data.count(), 0);
 }
 
 void TestImgFrame::zoomingAndPanningAreActiveForASecond()

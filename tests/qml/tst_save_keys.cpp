@@ -88,9 +88,9 @@ void TestSaveKeys::everythingInTheDialogIsReachedByTab()
         names.append(focusedName(m_view.saveDialog()));
     } while (names.last() != u"Cancel"_s && names.size() < 30);
     QCOMPARE(names, QStringList({u"Source"_s, u"All frames"_s, u"Playback Frames"_s, u"Selection"_s,
-                                 u"First Frame"_s, u"Last Frame"_s, u"Destination"_s, u"File Name"_s,
-                                 u"Insert a number"_s, u"Select Folder"_s, u"Format"_s, u"Format"_s,
-                                 u"Save"_s, u"Cancel"_s}));
+                                 u"First Frame"_s, u"Last Frame"_s, u"Destination"_s, u"Save To"_s,
+                                 u"File Name"_s, u"Insert a number"_s, u"Select Folder"_s, u"Format"_s,
+                                 u"Format"_s, u"Save"_s, u"Cancel"_s}));
 }
 
 void TestSaveKeys::saveIsMadeByKeysAlone()

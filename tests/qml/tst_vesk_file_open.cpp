@@ -73,7 +73,7 @@ void TestVeskFileOpen::fileMenuStandsInItsOrder_data()
     const QString start = u"Connect Camera...|Open VESK File...|-|"_s;
     QTest::newRow("no source") << int(VeskObject::UnknownType) << start + u"Exit"_s;
     QTest::newRow("camera") << int(VeskObject::CameraType)
-                            << start + u"Delete All Takes...|Disconnect|-|Exit"_s;
+                            << start + u"Open SSD Take...|Delete All Takes...|Disconnect|-|Exit"_s;
     QTest::newRow("take") << int(VeskObject::TakeType) << start + u"Save...|Delete...|-|Exit"_s;
     QTest::newRow("native file") << int(VeskObject::VeskFileType) << start + u"Save...|Close|-|Exit"_s;
 }

@@ -152,6 +152,26 @@ private slots:
         QCOMPARE(finished.count(), 1);
     }
 
+    void saveBehindOneWhoseTakeWentWaitsForTheCamera()
+    {
+        SaveJob *job = answered(u"a"_s);
+        poll({{"progress", 1}});
+        QCOMPARE(job->state(), SaveJob::QueuedFW);
+        auto *other = new Take(4, m_fixture->camera.get());
+        other->setSavedOpened(true, false, true);
+        QVERIFY(waitForAnswer());
+        SaveJob *next = create(u"b"_s, other);
+        m_fixture->take->setSavedOpened(false, false, false);
+        QCOMPARE(job->state(), SaveJob::Error);
+        QCOMPARE(next->state(), SaveJob::Queued);
+        QVERIFY(waitForAnswer());
+        QCOMPARE(sent().size(), 1);
+        poll({{"progress", 2}});
+        QCOMPARE(next->state(), SaveJob::Saving);
+        QTRY_COMPARE(sent().size(), 2);
+        delete other;
+    }
+
     void takeThatGoesBeforeTheAnswerFailsTheSave()
     {
         m_fixture->server.setHold(
@@ -199,6 +219,16 @@ private slots:
         QCOMPARE(first->state(), SaveJob::Done);
         QCOMPARE(second->state(), SaveJob::Error);
         QCOMPARE(second->error(), u"take deleted or closed"_s);
+    }
+
+    void lostCameraFailsASaveThatItHeldBack()
+    {
+        SaveJob *job = answered();
+        poll({{"progress", 1}});
+        QCOMPARE(job->state(), SaveJob::QueuedFW);
+        m_fixture->camera.reset();
+        QCOMPARE(job->state(), SaveJob::Error);
+        QCOMPARE(job->error(), u"camera disconnected"_s);
     }
 
     void lostCameraLeavesTheSaveWhereItWas()

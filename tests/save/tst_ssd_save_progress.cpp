@@ -92,21 +92,28 @@ private slots:
     void driveThatLeavesTheReadyStateFailsTheSave_data()
     {
         QTest::addColumn<int>("ssdSave");
+        QTest::addColumn<QJsonObject>("writing");
+        QTest::addColumn<SaveJob::State>("before");
         QTest::addColumn<int>("state");
-        for (const int ssdSave : {OldFirmware, NewFirmware}) {
-            for (const int state : {0, 1, 2, 4, 5, 6, 7, 8, 9})
-                QTest::addRow("firmware %d: state %d", ssdSave, state) << ssdSave << state;
+        const QJsonObject held = {{"wr_state", 1}, {"progress", 20}};
+        const QJsonObject active = {{"wr_state", 1}, {"progress", 20}, {"wr_seq", 4}};
+        for (const int state : {0, 1, 2, 4, 5, 6, 7, 8, 9}) {
+            QTest::addRow("older: %d", state) << OldFirmware << held << SaveJob::Saving << state;
+            QTest::addRow("newer: %d", state) << NewFirmware << active << SaveJob::Saving << state;
+            QTest::addRow("held by the camera: %d", state)
+                << NewFirmware << held << SaveJob::QueuedFW << state;
         }
     }
 
     void driveThatLeavesTheReadyStateFailsTheSave()
     {
         QFETCH(int, ssdSave);
+        QFETCH(QJsonObject, writing);
         QFETCH(int, state);
         setFirmware(ssdSave);
         SaveJob *job = answered();
-        poll({{"wr_state", 1}, {"progress", 20}});
-        QVERIFY(job->state() == SaveJob::Saving || job->state() == SaveJob::QueuedFW);
+        poll(writing);
+        QTEST(job->state(), "before");
         poll({{"state", state}});
         QCOMPARE(job->state(), SaveJob::Error);
         QCOMPARE(job->error(), u"ssd.state = %1"_s.arg(state));
@@ -151,6 +158,29 @@ private slots:
         QCOMPARE(job->state(), SaveJob::Saving);
         QTRY_COMPARE(job->state(), SaveJob::Done);
         QCOMPARE(job->progress(), 100.0);
+    }
+
+    void olderSaveWhoseDriveIsNotReadyFailsWithTheTimer()
+    {
+        setFirmware(OldFirmware);
+        answerWith("{}");
+        SaveJob *job = create();
+        m_fixture->camera->updateValues({{"ssd", QJsonObject{{"state", 7}}}}); // before the job looks at it
+        QVERIFY(waitForAnswer());
+        QCOMPARE(job->state(), SaveJob::Saving);
+        QTRY_COMPARE(job->state(), SaveJob::Error);
+        QCOMPARE(job->error(), u"ssd.state = 7"_s);
+    }
+
+    void lostCameraFailsAnOlderSaveWithTheTimer()
+    {
+        setFirmware(OldFirmware);
+        answerWith("{}");
+        SaveJob *job = answered();
+        m_fixture->camera.reset();
+        QCOMPARE(job->state(), SaveJob::Saving);
+        QTRY_COMPARE(job->state(), SaveJob::Error);
+        QCOMPARE(job->error(), u"camera disconnected"_s);
     }
 
     void timerDoesNotEndAnOlderSaveThatIsAtWork()
