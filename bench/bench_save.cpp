@@ -12,6 +12,7 @@
 
 #include "app/interface.h"
 #include "app/vesk_app.h"
+#include "bench/pulse.h"
 #include "camera/camera.h"
 #include "file/vesk_file.h"
 #include "file/vesk_file_writer.h"
@@ -31,7 +32,6 @@
 #include <QJsonObject>
 #include <QNetworkAccessManager>
 #include <QQmlApplicationEngine>
-#include <QThread>
 #include <QTimer>
 #include <QtEndian>
 
@@ -187,6 +187,8 @@ void waitFor(const SaveJob *job, SaveJob::State state)
 
 constexpr double FilmFrameRate = 30.0;
 constexpr int FilmQuality = 15;
+/** Of a film that is one save among others. */
+constexpr qint64 FilmFrames = 100;
 
 Util::Format filmFormat(Util::Codec codec)
 {
@@ -237,35 +239,6 @@ void measure(const std::function<SaveJob *()> &begin)
     print({{"seconds", double(timer.nsecsElapsed()) * 1e-9}, {"peak_bytes", peakBytes()}});
 }
 
-/** Asks the GUI thread from another one, again and again, and keeps the longest time until it answered. */
-class Pulse : public QThread
-{
-public:
-    ~Pulse() override
-    {
-        requestInterruption();
-        wait();
-    }
-
-    void run() override
-    {
-        while (!isInterruptionRequested()) {
-            QElapsedTimer timer;
-            timer.start();
-            QMetaObject::invokeMethod(
-                &m_gui, [this, timer] { m_longestNs = std::max(m_longestNs, timer.nsecsElapsed()); });
-            sleep(2ms);
-        }
-    }
-
-    /** On the GUI thread. */
-    double longestS() const { return double(m_longestNs) * 1e-9; }
-
-private:
-    QObject m_gui;
-    qint64 m_longestNs = 0;
-};
-
 /** Cancels the job as soon as a part of it is written. */
 void cancelInTheMiddle(SaveJob *job)
 {
@@ -300,10 +273,13 @@ void measureWindow(char **argv, const QString &address, qint64 frames, const QSt
                                u"cancelled_<fr>"_s, folder));
         SaveJob *images = save(file.get(), file->frCntValue()->variant().toInt(), Util::FormatTiff,
                                u"image_<fr>"_s, folder);
+        cancelInTheMiddle(saveFilm(file.get(), FilmFrames, Util::CodecAV1_YUV420P, folder));
+        SaveJob *film = saveFilm(file.get(), FilmFrames, Util::CodecAV1_YUV420P, folder);
         waitFor(native, SaveJob::Done);
         waitFor(images, SaveJob::Done);
+        waitFor(film, SaveJob::Done);
     }
-    print({{"stall_s", pulse.longestS()}, {"peak_bytes", peakBytes()}});
+    print({{"stall_s", pulse.takeLongestS()}, {"peak_bytes", peakBytes()}});
 }
 } // namespace
 
