@@ -1,5 +1,6 @@
 #include "camera/camera.h"
 #include "tests/support/camera_document.h"
+#include "tests/support/camera_polls.h"
 #include "tests/support/http_recorder.h"
 #include "tests/support/vesk_test_main.h"
 
@@ -41,12 +42,7 @@ private:
 
     qsizetype polls() const { return m_server->requests("GET", "/").size(); }
 
-    void connectIt()
-    {
-        QSignalSpy connected(m_camera.get(), &Camera::cameraConnected);
-        m_camera->connectCamera();
-        QTRY_COMPARE(connected.count(), 1);
-    }
+    void connectIt() { QVERIFY(connects(*m_camera)); }
 
     std::unique_ptr<HttpRecorder> m_server;
     std::unique_ptr<Camera> m_camera;

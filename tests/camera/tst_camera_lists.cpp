@@ -1,4 +1,5 @@
 #include "camera/camera.h"
+#include "tests/support/camera_polls.h"
 #include "tests/support/http_recorder.h"
 #include "tests/support/vesk_test_main.h"
 
@@ -53,12 +54,7 @@ private:
         });
     }
 
-    void connectIt()
-    {
-        QSignalSpy connected(m_camera.get(), &Camera::cameraConnected);
-        m_camera->connectCamera();
-        QTRY_COMPARE(connected.count(), 1);
-    }
+    void connectIt() { QVERIFY(connects(*m_camera)); }
 
     static QString current(const QStringListModel *list, int index)
     {

@@ -1,6 +1,7 @@
 #include "camera/camera.h"
 #include "take/raw_frame.h"
 #include "tests/support/camera_document.h"
+#include "tests/support/camera_polls.h"
 #include "tests/support/http_recorder.h"
 #include "tests/support/vesk_test_main.h"
 
@@ -25,12 +26,7 @@ private:
         });
     }
 
-    void connectIt()
-    {
-        QSignalSpy connected(m_camera.get(), &Camera::cameraConnected);
-        m_camera->connectCamera();
-        QTRY_COMPARE(connected.count(), 1);
-    }
+    void connectIt() { QVERIFY(connects(*m_camera)); }
 
     qsizetype polls() const { return m_server->requests("GET", "/").size(); }
 

@@ -1,5 +1,6 @@
 #include "camera/camera.h"
 #include "sim/camera.h"
+#include "tests/support/camera_polls.h"
 #include "tests/support/vesk_test_main.h"
 
 #include <QJsonArray>
@@ -22,9 +23,7 @@ private:
         m_sim = std::make_unique<q4sim::Camera>(config);
         QCOMPARE(m_sim->listen(), QString());
         m_camera = std::make_unique<Camera>(config.address, nullptr);
-        QSignalSpy connected(m_camera.get(), &Camera::cameraConnected);
-        m_camera->connectCamera();
-        QTRY_COMPARE(connected.count(), 1);
+        QVERIFY(connects(*m_camera));
     }
 
     static QString current(const QStringListModel *list, int index)

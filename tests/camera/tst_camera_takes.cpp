@@ -4,6 +4,7 @@
 #include "take/saved_take_model.h"
 #include "take/take.h"
 #include "tests/support/camera_document.h"
+#include "tests/support/camera_polls.h"
 #include "tests/support/http_recorder.h"
 #include "tests/support/vesk_test_main.h"
 
@@ -33,19 +34,9 @@ private:
         });
     }
 
-    void connectIt()
-    {
-        QSignalSpy connected(m_camera.get(), &Camera::cameraConnected);
-        m_camera->connectCamera();
-        QTRY_COMPARE(connected.count(), 1);
-    }
+    void connectIt() { QVERIFY(connects(*m_camera)); }
 
-    /** The camera has answered a poll that was sent after this call. */
-    void poll()
-    {
-        QSignalSpy polled(m_camera.get(), &Camera::valuesPolled);
-        QTRY_VERIFY(polled.count() >= 2);
-    }
+    void poll() { QVERIFY(polls(*m_camera)); }
 
     Take *take(int takeId) const { return qobject_cast<Take *>(m_camera->takes()->get(takeId - 1)); }
 

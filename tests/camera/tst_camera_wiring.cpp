@@ -1,5 +1,6 @@
 #include "camera/camera.h"
 #include "tests/support/camera_document.h"
+#include "tests/support/camera_polls.h"
 #include "tests/support/http_recorder.h"
 #include "tests/support/vesk_test_main.h"
 
@@ -90,9 +91,7 @@ private slots:
             return HttpRecorder::Reply{body, {}, QHttpServerResponder::StatusCode::Ok};
         });
         m_camera = std::make_unique<Camera>(QHostAddress(u"127.0.2.17"_s), nullptr);
-        QSignalSpy connected(m_camera.get(), &Camera::cameraConnected);
-        m_camera->connectCamera();
-        QTRY_COMPARE(connected.count(), 1);
+        QVERIFY(connects(*m_camera));
         // From here on nothing comes from the camera.
         m_server->setHold([](const auto &request) { return request.method == "GET"; });
         note(&Camera::resListChanged, u"resList"_s);

@@ -1,6 +1,7 @@
 #include "camera/camera.h"
 #include "tests/e2e/process.h"
 #include "tests/sim/http_client.h"
+#include "tests/support/camera_polls.h"
 #include "tests/support/vesk_test_main.h"
 
 #include <QCryptographicHash>
@@ -110,9 +111,7 @@ private:
         QVERIFY2(!m_process->readUntil("q4sim: camera ").isEmpty(),
                  m_process->readAllStandardError().constData());
         m_camera = std::make_unique<Camera>(QHostAddress(QLatin1StringView(Address)), nullptr);
-        QSignalSpy connected(m_camera.get(), &Camera::cameraConnected);
-        m_camera->connectCamera();
-        QTRY_COMPARE(connected.count(), 1);
+        QVERIFY(connects(*m_camera));
     }
 
     /** A file with holes, which takes no room on the disk and no two places of which are alike. */

@@ -1,4 +1,4 @@
-#include "camera_fixture.h"
+#include "drive_fixture.h"
 
 #include "sim/scene.h"
 
@@ -35,37 +35,12 @@ private slots:
     void senselessDeedIsRefused();
 
 private:
-    QStringList names(const QByteArray &body = "{\"long\": 1}");
-    int open(const QString &name);
-
-    CameraFixture m_fix{QStringLiteral("127.0.1.75")};
+    DriveFixture m_fix{QStringLiteral("127.0.1.75")};
 };
 
 void TestSimRecordings::init()
 {
-    Config config = m_fix.config();
-    config.resolutions = QStringList{"16x16"};
-    config.driveBytesPerSecond = 1000000;
-    config.recordings = {
-        {QStringLiteral("b \"c\"/d.vesk"), 1700000000, {.first = -3, .last = 4, .res = "16x16"}},
-        {QStringLiteral("plain.vesk"), 1700000060, {.first = 5, .last = 5, .res = "32x16"}}};
-    config.takes = {{.first = -10, .last = 89}, {.first = 0, .last = 9}};
-    m_fix.start(config);
-}
-
-QStringList TestSimRecordings::names(const QByteArray &body)
-{
-    QStringList names;
-    const QJsonArray list = m_fix.client().send("POST", "/ssd-ls", body).json()["ssd-ls"].toArray();
-    for (const QJsonValue &entry : list)
-        names.append(entry.isString() ? entry.toString() : entry["name"].toString());
-    return names;
-}
-
-int TestSimRecordings::open(const QString &name)
-{
-    const QByteArray body = QJsonDocument(QJsonObject{{"name", name}}).toJson();
-    return m_fix.client().send("POST", "/ssd-fopen", body).json()["take"].toInt();
+    m_fix.startWithRecordings();
 }
 
 void TestSimRecordings::drivesHoldWhatTheyAreTold()
@@ -76,7 +51,7 @@ void TestSimRecordings::drivesHoldWhatTheyAreTold()
              QJsonArray({QJsonObject{{"name", "b \"c\"/d.vesk"}, {"size", 8 * 288}, {"time", 1700000000}},
                          QJsonObject{{"name", "plain.vesk"}, {"size", 544}, {"time", 1700000060}}}));
     QCOMPARE(m_fix.text("ssd/used").toLongLong(nullptr, 16), 8 * 288 + 544);
-    QCOMPARE(names("{}"), QStringList({"b \"c\"/d.vesk", "plain.vesk"}));
+    QCOMPARE(m_fix.names("{}"), QStringList({"b \"c\"/d.vesk", "plain.vesk"}));
 }
 
 void TestSimRecordings::oldFirmwareListsNames()
@@ -92,16 +67,16 @@ void TestSimRecordings::oldFirmwareListsNames()
 void TestSimRecordings::openedRecordingHasANumberOfItsOwn()
 {
     QCOMPARE(m_fix.value("ssd/open_takes").toArray(), QJsonArray());
-    QCOMPARE(open("plain.vesk"), 1);
-    QCOMPARE(open("b \"c\"/d.vesk"), 2);
-    QCOMPARE(open("plain.vesk"), 3);
+    QCOMPARE(m_fix.open("plain.vesk"), 1);
+    QCOMPARE(m_fix.open("b \"c\"/d.vesk"), 2);
+    QCOMPARE(m_fix.open("plain.vesk"), 3);
     QCOMPARE(m_fix.value("ssd/open_takes").toArray(), QJsonArray({1, 2, 3}));
 }
 
 void TestSimRecordings::openedRecordingIsDescribed()
 {
-    open("plain.vesk");
-    open("b \"c\"/d.vesk");
+    m_fix.open("plain.vesk");
+    m_fix.open("b \"c\"/d.vesk");
     const QJsonObject tree = m_fix.client().send("GET", "/ssd/takes/take2").json();
     QCOMPARE(tree.keys(), QStringList{"ssd"});
     const QJsonObject take = tree["ssd"]["takes"]["take2"].toObject();
@@ -120,7 +95,7 @@ void TestSimRecordings::openedRecordingIsDescribed()
 
 void TestSimRecordings::openedRecordingGivesItsFrames()
 {
-    open("b \"c\"/d.vesk");
+    m_fix.open("b \"c\"/d.vesk");
     const Reply reply =
         m_fix.client().send("POST", "/xfer", R"({"type":3,"src":2,"take":1,"start":-3,"cnt":8})");
     QCOMPARE(reply.status, 200);
@@ -151,7 +126,7 @@ void TestSimRecordings::frameOutsideIsRefused()
 {
     QFETCH(QByteArray, body);
     QFETCH(int, status);
-    open("b \"c\"/d.vesk");
+    m_fix.open("b \"c\"/d.vesk");
     QCOMPARE(m_fix.post("/xfer", body), status);
 }
 
@@ -172,7 +147,7 @@ void TestSimRecordings::onlyTheAdjustmentIsWritten()
     QFETCH(QString, path);
     QFETCH(QByteArray, body);
     QFETCH(int, status);
-    open("plain.vesk");
+    m_fix.open("plain.vesk");
     QCOMPARE(m_fix.client().put(path, body), status);
     const QJsonObject take = m_fix.camera().openTakeDescription(1);
     const double gain = take["adjust"]["gain"].toDouble();
@@ -181,15 +156,15 @@ void TestSimRecordings::onlyTheAdjustmentIsWritten()
 
 void TestSimRecordings::closedRecordingIsGone()
 {
-    open("plain.vesk");
-    open("plain.vesk");
+    m_fix.open("plain.vesk");
+    m_fix.open("plain.vesk");
     QCOMPARE(m_fix.post("/ssd-fclose", "{\"take\":1}"), 200);
     QCOMPARE(m_fix.value("ssd/open_takes").toArray(), QJsonArray({2}));
     QCOMPARE(m_fix.post("/ssd-fclose", "{\"take\":1}"), 404);
     QCOMPARE(m_fix.post("/ssd-fclose", "{\"take\":-1}"), 404);
     QCOMPARE(m_fix.post("/ssd-fclose", "{}"), 404);
     QCOMPARE(m_fix.client().send("GET", "/ssd/takes/take1").status, 404);
-    QCOMPARE(open("plain.vesk"), 3);
+    QCOMPARE(m_fix.open("plain.vesk"), 3);
 }
 
 void TestSimRecordings::cameraClosesByItself_data()
@@ -207,8 +182,8 @@ void TestSimRecordings::cameraClosesByItself()
 {
     QFETCH(QJsonObject, order);
     QFETCH(QJsonArray, open);
-    this->open("plain.vesk");
-    this->open("plain.vesk");
+    m_fix.open("plain.vesk");
+    m_fix.open("plain.vesk");
     QCOMPARE(m_fix.camera().operate(order), QString());
     QCOMPARE(m_fix.value("ssd/open_takes").toArray(), open);
 }
@@ -232,7 +207,7 @@ void TestSimRecordings::unknownRecordingIsRefused()
 
 void TestSimRecordings::formatShowsItsProgress()
 {
-    open("plain.vesk");
+    m_fix.open("plain.vesk");
     QCOMPARE(m_fix.post("/ssd-format", "{\"name\":\"X\"}"), 200);
     QCOMPARE(m_fix.value("ssd/open_takes").toArray(), QJsonArray());
     QCOMPARE(m_fix.number("ssd/progress"), 0);
@@ -241,7 +216,7 @@ void TestSimRecordings::formatShowsItsProgress()
     QCOMPARE(m_fix.number("ssd/state"), 9);
     m_fix.wait(1500ms);
     QCOMPARE(m_fix.number("ssd/progress"), 0);
-    QCOMPARE(names(), QStringList());
+    QCOMPARE(m_fix.names(), QStringList());
 }
 
 void TestSimRecordings::vanishedDriveAnswersNothing_data()
@@ -272,7 +247,7 @@ void TestSimRecordings::vanishedDriveAnswersNothing()
     QFETCH(QString, path);
     QFETCH(QByteArray, body);
     QFETCH(int, status);
-    open("plain.vesk");
+    m_fix.open("plain.vesk");
     m_fix.camera().setFault(route, {.kind = FaultKind::Vanish, .count = 1});
     QCOMPARE(m_fix.client().send(method, path, body).status, status);
     QCOMPARE(m_fix.number("ssd/state"), 0);

@@ -1,4 +1,4 @@
-#include "camera_fixture.h"
+#include "drive_fixture.h"
 
 #include <QJsonArray>
 
@@ -23,38 +23,14 @@ private slots:
     void failedDriveLosesItsSaves();
 
 private:
-    QStringList names(const QByteArray &body = "{\"long\": 1}");
-    int open(const QString &name);
     QJsonObject save(int take, int start, int count, const QString &name, int status = 200);
 
-    CameraFixture m_fix{QStringLiteral("127.0.1.76")};
+    DriveFixture m_fix{QStringLiteral("127.0.1.76")};
 };
 
 void TestSimSaves::init()
 {
-    Config config = m_fix.config();
-    config.resolutions = QStringList{"16x16"};
-    config.driveBytesPerSecond = 1000000;
-    config.recordings = {
-        {QStringLiteral("b \"c\"/d.vesk"), 1700000000, {.first = -3, .last = 4, .res = "16x16"}},
-        {QStringLiteral("plain.vesk"), 1700000060, {.first = 5, .last = 5, .res = "32x16"}}};
-    config.takes = {{.first = -10, .last = 89}, {.first = 0, .last = 9}};
-    m_fix.start(config);
-}
-
-QStringList TestSimSaves::names(const QByteArray &body)
-{
-    QStringList names;
-    const QJsonArray list = m_fix.client().send("POST", "/ssd-ls", body).json()["ssd-ls"].toArray();
-    for (const QJsonValue &entry : list)
-        names.append(entry.isString() ? entry.toString() : entry["name"].toString());
-    return names;
-}
-
-int TestSimSaves::open(const QString &name)
-{
-    const QByteArray body = QJsonDocument(QJsonObject{{"name", name}}).toJson();
-    return m_fix.client().send("POST", "/ssd-fopen", body).json()["take"].toInt();
+    m_fix.startWithRecordings();
 }
 
 QJsonObject TestSimSaves::save(int take, int start, int count, const QString &name, int status)
@@ -75,13 +51,13 @@ void TestSimSaves::saveTakesItsTime()
     QCOMPARE(m_fix.value("acq/locked_takes").toArray(), QJsonArray({1}));
     m_fix.wait(7200us);
     QCOMPARE(m_fix.number("ssd/progress"), 25);
-    QVERIFY(!names().contains("run.vesk"));
+    QVERIFY(!m_fix.names().contains("run.vesk"));
     m_fix.wait(21600us);
     QCOMPARE(m_fix.number("ssd/wr_state"), 0);
     QCOMPARE(m_fix.number("ssd/wr_seq"), 1);
     QCOMPARE(m_fix.number("ssd/progress"), 0);
     QCOMPARE(m_fix.value("acq/locked_takes").toArray(), QJsonArray());
-    QVERIFY(names().contains("run.vesk"));
+    QVERIFY(m_fix.names().contains("run.vesk"));
 }
 
 void TestSimSaves::savesAreQueuedAndCounted()
@@ -110,7 +86,7 @@ void TestSimSaves::savedRangeKeepsItsNumbers()
 {
     QCOMPARE(save(1, -4, 3, "part")["seq"].toInt(), 1);
     m_fix.wait(1s);
-    const int number = open("part.vesk");
+    const int number = m_fix.open("part.vesk");
     const QJsonObject take = m_fix.camera().openTakeDescription(number);
     QCOMPARE(take["first_fr"].toInt(), -4);
     QCOMPARE(take["last_fr"].toInt(), -2);
@@ -127,7 +103,7 @@ void TestSimSaves::recordingOutlivesItsTake()
     save(1, 0, 10, "kept");
     m_fix.camera().dropTake(1);
     m_fix.wait(1s);
-    const int number = open("kept.vesk");
+    const int number = m_fix.open("kept.vesk");
     QCOMPARE(
         m_fix.post("/xfer",
                    QStringLiteral(R"({"type":3,"src":2,"take":%1,"start":0,"cnt":10})").arg(number).toUtf8()),
@@ -149,10 +125,10 @@ void TestSimSaves::olderFirmwareNamesAndCountsNothing()
     QCOMPARE(m_fix.post("/ssd-save", R"({"take":1,"start":0,"cnt":100})"), 409);
     m_fix.wait(28800us);
     QCOMPARE(m_fix.number("ssd/wr_state"), 0);
-    QVERIFY(names().contains("take1.vesk"));
+    QVERIFY(m_fix.names().contains("take1.vesk"));
     QCOMPARE(m_fix.post("/ssd-save", R"({"take":1,"start":0,"cnt":100})"), 200);
     m_fix.wait(1s);
-    QVERIFY(names().contains("take1 (2).vesk"));
+    QVERIFY(m_fix.names().contains("take1 (2).vesk"));
 }
 
 void TestSimSaves::saveIsRefused_data()
@@ -193,7 +169,7 @@ void TestSimSaves::fullDriveTakesNothingMore()
     QCOMPARE(m_fix.camera().operate({{"ssd", "full"}}), QString());
     QCOMPARE(save(1, 0, 1, "x", 507)["error"].toString(), QStringLiteral("the drive is full"));
     m_fix.wait(1s);
-    QVERIFY(names().contains("before.vesk"));
+    QVERIFY(m_fix.names().contains("before.vesk"));
     QCOMPARE(m_fix.text("ssd/used"), m_fix.text("ssd/size"));
     QCOMPARE(m_fix.post("/ssd-format", "{\"name\":\"X\"}"), 200);
     m_fix.wait(2s);
@@ -214,7 +190,7 @@ void TestSimSaves::failedDriveLosesItsSaves()
     QCOMPARE(m_fix.number("ssd/wr_seq"), 0);
     m_fix.camera().operate({{"ssd", "insert"}});
     m_fix.wait(1s);
-    QCOMPARE(names(), QStringList({"b \"c\"/d.vesk", "plain.vesk"}));
+    QCOMPARE(m_fix.names(), QStringList({"b \"c\"/d.vesk", "plain.vesk"}));
 }
 
 QTEST_GUILESS_MAIN(TestSimSaves)

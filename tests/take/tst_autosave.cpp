@@ -4,6 +4,7 @@
 #include "save/save_manager.h"
 #include "sim/camera_thread.h"
 #include "take/take.h"
+#include "tests/support/camera_polls.h"
 #include "tests/support/http_recorder.h"
 #include "tests/support/vesk_test_main.h"
 
@@ -76,9 +77,7 @@ private:
         // Short takes: ten frames behind the trigger.
         QCOMPARE(sim().answer("PUT", u"/acq/trig_offset"_s, "10").status, 200);
         m_camera = std::make_unique<Camera>(config.address, nullptr);
-        QSignalSpy connected(m_camera.get(), &Camera::cameraConnected);
-        m_camera->connectCamera();
-        QTRY_COMPARE(connected.count(), 1);
+        QVERIFY(connects(*m_camera));
     }
 
     q4sim::Camera &sim() const { return m_host->camera(); }
@@ -96,11 +95,7 @@ private:
     }
 
     /** The camera has answered two polls, and what they started is under way. */
-    void poll()
-    {
-        QSignalSpy polled(m_camera.get(), &Camera::valuesPolled);
-        QTRY_VERIFY(polled.count() >= 2);
-    }
+    void poll() { QVERIFY(polls(*m_camera)); }
 
     QJsonArray recordings() const
     {

@@ -6,6 +6,7 @@
 #include "take/ssd_ls_sort_proxy_model.h"
 #include "take/ssd_take.h"
 #include "tests/support/camera_document.h"
+#include "tests/support/camera_polls.h"
 #include "tests/support/http_recorder.h"
 #include "tests/support/vesk_test_main.h"
 
@@ -60,19 +61,9 @@ private:
     SsdTake *take(int row = 0) const { return qobject_cast<SsdTake *>(list()->get(row)); }
     static VeskObject *selected() { return VeskApp::instance()->selectedVeskObject(); }
 
-    void connectIt()
-    {
-        QSignalSpy connected(m_camera.get(), &Camera::cameraConnected);
-        m_camera->connectCamera();
-        QTRY_COMPARE(connected.count(), 1);
-    }
+    void connectIt() { QVERIFY(connects(*m_camera)); }
 
-    /** The camera has worked through a poll that was sent after this call. */
-    void poll()
-    {
-        QSignalSpy polled(m_camera.get(), &Camera::valuesPolled);
-        QTRY_VERIFY(polled.count() >= 2);
-    }
+    void poll() { QVERIFY(polls(*m_camera)); }
 
     /** Opens a recording, which gets this number. */
     SsdTake *open(int number = 7, const QString &name = u"run.vesk"_s)
