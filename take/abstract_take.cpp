@@ -71,6 +71,7 @@ void AbstractTake::setSavedOpened(bool value, bool latch, bool quiet)
         imgFrame()->setImage(QImage());
         return;
     }
+    m_rangeLost = false;
     getTakeInfo(true, true);
     startInfoTimer();
     if (!quiet)
@@ -103,26 +104,32 @@ void AbstractTake::getTakeInfo(bool force, bool init)
 void AbstractTake::getTakeInfoFinished()
 {
     auto *reply = qobject_cast<QNetworkReply *>(sender());
-    readTakeInfo(reply);
+    const bool init = reply->property("init").toBool();
+    const bool read = readTakeInfo(reply);
+    if (read && m_savedOpened && (init || m_rangeLost))
+        openRange();
+    // Markers of the recording before may stand beside this one; the next description brings them in.
+    else if (init)
+        m_rangeLost = valuesInit();
     m_infoInFlight = false;
     reply->deleteLater();
 }
 
-void AbstractTake::readTakeInfo(QNetworkReply *reply)
+/** False when the values stay as they were. */
+bool AbstractTake::readTakeInfo(QNetworkReply *reply)
 {
     QJsonParseError error;
     const QJsonDocument document = QJsonDocument::fromJson(reply->readAll(), &error);
     if (document.isNull()) {
         qCritical().noquote() << objectName() + QStringLiteral(": json parse error:") << error.errorString();
-        return;
+        return false;
     }
     if (reply->error() != QNetworkReply::NoError)
-        return;
+        return false;
     // The camera answers with its whole tree down to the take.
     const QStringList path = takePath().split(QLatin1Char('/'), Qt::SkipEmptyParts);
     updateValues(jsonValue(path, document.object()).toObject());
-    if (reply->property("init").toBool() && m_savedOpened)
-        openRange();
+    return true;
 }
 
 /**
@@ -134,6 +141,7 @@ void AbstractTake::openRange()
     const qint64 first = firstFrValue()->variant().toInt();
     const qint64 last = std::max<qint64>(first, lastFrValue()->variant().toInt());
     const bool later = valuesInit();
+    m_rangeLost = false;
     setAFr(later ? std::clamp(aFr(), first, last) : first, true);
     setBFr(later ? std::clamp(bFr(), aFr(), last) : lastFrValue()->variant().toInt(), true);
     setFr(later ? fr() : first, true);

@@ -83,7 +83,7 @@ private slots:
     void getTakeInfoFinished();
 
 private:
-    void readTakeInfo(QNetworkReply *reply);
+    bool readTakeInfo(QNetworkReply *reply);
     void openRange();
 
     Camera *m_camera;
@@ -92,4 +92,6 @@ private:
     bool m_closeLatch = false;
     QTimer *m_infoTimer;
     bool m_infoInFlight = false;
+    /** The description that was to bring the markers into a later recording did not come. */
+    bool m_rangeLost = false;
 };

@@ -5,6 +5,8 @@
 
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
 #include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTimer>
@@ -45,6 +47,11 @@ private:
     qsizetype frameCount() const { return m_server->requests("POST", "/xfer").size(); }
     /** The timer of the description; the object's only other timer is the one of play. */
     const QTimer *infoTimer() const { return m_take->findChild<QTimer *>(); }
+
+    static bool noReplyIsOpen()
+    {
+        return VeskApp::instance()->networkAccessManager()->findChildren<QNetworkReply *>().isEmpty();
+    }
 
     void appear()
     {
@@ -203,6 +210,50 @@ private slots:
         answerWith(tree({{"first_fr", -5}}));
         QTRY_COMPARE(m_take->firstFrValue()->variant().toInt(), -5);
         QCOMPARE(m_take->valuesInit(), false);
+    }
+
+    void lostDescriptionOfALaterRecordingLeavesNoMarkerBesideIt_data()
+    {
+        QTest::addColumn<QByteArray>("lost");
+        QTest::addColumn<QHttpServerResponder::StatusCode>("status");
+        const auto failed = QHttpServerResponder::StatusCode::InternalServerError;
+        QTest::newRow("refused") << QByteArray("{}") << failed;
+        QTest::newRow("no JSON") << QByteArray("{") << QHttpServerResponder::StatusCode::Ok;
+    }
+
+    void lostDescriptionOfALaterRecordingLeavesNoMarkerBesideIt()
+    {
+        QFETCH(const QByteArray, lost);
+        QFETCH(const QHttpServerResponder::StatusCode, status);
+        rest(); // frames -5 to 9
+        m_take->setSavedOpened(false, false, false);
+        const QRegularExpression parseError(u"-Take: json parse error: .+"_s);
+        if (status == QHttpServerResponder::StatusCode::Ok)
+            QTest::ignoreMessage(QtCriticalMsg, parseError);
+        answerWith(lost, status);
+        m_take->setSelected(false); // so that the first description is the only one
+        m_server->clear();
+        m_take->setSavedOpened(true, false, false);
+        QTRY_VERIFY(infoCount() == 1 && noReplyIsOpen());
+        QCOMPARE(m_take->bFr(), 9);
+        answerWith(tree({{"first_fr", -3}, {"last_fr", 4}}));
+        m_take->setSelected(true);
+        QTRY_COMPARE(m_take->bFr(), 4);
+        QCOMPARE(m_take->aFr(), -3);
+        QCOMPARE(m_take->fr(), -3);
+        QTRY_COMPARE(m_server->requests("POST", "/xfer").last().body.contains("\"start\":-3,"), true);
+        // Once: what the operator marks from now on stays, whatever the camera tells.
+        m_take->setBFr(2);
+        answerWith(tree({{"first_fr", 0}, {"last_fr", 1}}));
+        QTRY_COMPARE(m_take->lastFrValue()->variant().toInt(), 1);
+        QCOMPARE(m_take->bFr(), 2);
+    }
+
+    void ownValuesFollowThoseOfEveryRecordingInTheirOrder()
+    {
+        const QList<VeskValue *> own{m_take->prtnFrCntValue(), m_take->prtnPtFrCntValue(),
+                                     m_take->corrModeValue()};
+        QCOMPARE(m_take->values().last(3), own);
     }
 
     void changedCorrectionIsWrittenToTheTakeAndShownWithAFreshFrame()
