@@ -225,6 +225,7 @@ private slots:
         QTest::addColumn<int>("told");
         QTest::addColumn<int>("made");
         QTest::newRow("negative") << -3 << 0;
+        QTest::newRow("more than a camera has") << 100000 << 1024;
         QTest::newRow("huge") << 2000000000 << 1024;
     }
 
@@ -234,6 +235,19 @@ private slots:
         tell({{"prtn_cnt", told}});
         connectIt();
         QTEST(m_camera->takes()->size(), "made");
+    }
+
+    void roomLeftIsThatOfTheTakesThatThereAre_data() { absurdPartitionCountTakesNoMemory_data(); }
+
+    void roomLeftIsThatOfTheTakesThatThereAre()
+    {
+        QFETCH(int, told);
+        QFETCH(int, made);
+        tell({{"prtn_cnt", told}, {"saved_takes", QJsonArray{2, 1024, 1025}}});
+        connectIt();
+        // Of those that are told as saved, the huge counts have takes 2 and 1024, and none the one behind.
+        QCOMPARE(m_camera->savedTakes()->count(), made == 0 ? 0 : 2);
+        QCOMPARE(m_camera->takesAvailable(), made == 0 ? 0 : 1022);
     }
 
     void modelSaysWhetherItSortsByItself()
