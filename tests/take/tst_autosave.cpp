@@ -366,6 +366,37 @@ private slots:
         QVERIFY(!sim().requests("POST", u"/ssd-save"_s)[0].body.contains("name"));
     }
 
+    void switchCountsWhenTheTakeIsFinishedNotWhenItIsDescribed_data()
+    {
+        QTest::addColumn<bool>("armed");
+        QTest::newRow("switched off meanwhile") << true;
+        QTest::newRow("switched on meanwhile") << false;
+    }
+
+    void switchCountsWhenTheTakeIsFinishedNotWhenItIsDescribed()
+    {
+        QFETCH(const bool, armed);
+        HttpRecorder server(u"127.0.2.27"_s);
+        QVERIFY(server.isListening());
+        server.setAnswer([](const HttpRecorder::Request &) {
+            return HttpRecorder::Reply{R"({"takes":{"take3":{"last_fr":9,"fr_cnt":10}},"seq":0})", {}};
+        });
+        server.setHold([](const HttpRecorder::Request &) { return true; });
+        Camera camera(server.address(), nullptr);
+        camera.updateValues({{"features", QJsonObject{{"ssd-save", 2}}}, {"ssd", QJsonObject{{"state", 3}}}});
+        auto *take = new Take(3, &camera);
+        setSettings(armed, false, u"crash"_s);
+        take->setSavedOpened(true, false, false);
+        QTRY_COMPARE(server.heldCount(), 1);
+        setSettings(!armed, false);
+        server.release();
+        QTRY_VERIFY(take->valuesInit());
+        QCOMPARE(jobs()->size(), armed ? 1 : 0);
+        if (armed)
+            QTRY_COMPARE(job(0)->state(), SaveJob::Done);
+        QCOMPARE(server.requests("POST", "/ssd-save").size(), armed ? 1 : 0);
+    }
+
     void lostDescriptionIsMadeUpForOnce()
     {
         HttpRecorder server(u"127.0.2.27"_s);

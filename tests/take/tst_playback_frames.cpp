@@ -55,6 +55,26 @@ private slots:
         QCOMPARE(source.asked, (QList<qlonglong>{0, 0}));
     }
 
+    void pausedSourceThatMovedMeanwhileAsksForItsFrameWhenItIsSelected()
+    {
+        PlaybackSource source;
+        source.setSelected(true);
+        source.open(0, 100);
+        source.answer();
+        source.pause();
+        source.setSelected(false);
+        source.setFr(30);
+        QCOMPARE(source.asked, QList<qlonglong>{0});
+        source.setSelected(true); // at once, not with the next tick
+        QCOMPARE(source.asked, (QList<qlonglong>{0, 30}));
+        source.answer();
+        QCOMPARE(source.veskFrame()->seconds(), 30U);
+        source.setSelected(false);
+        source.setSelected(true); // it shows what it should
+        source.tick();
+        QCOMPARE(source.asked, (QList<qlonglong>{0, 30}));
+    }
+
     void slowFramesAreSkippedNeverQueued()
     {
         PlaybackSource source;
