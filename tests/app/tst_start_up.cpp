@@ -1,89 +1,45 @@
 #include "app/log.h"
 #include "camera/camera.h"
+#include "tests/app/started_copy.h"
 #include "tests/file/hand_made_file.h"
 #include "tests/support/vesk_test_main.h"
 
-#include <QFile>
-#include <QProcess>
+#include <QFileInfo>
 
 #include <csignal>
 
-/**
- * Start and log of the process. The test starts itself again, with the application object and no more, in
- * folders of its own, because a process has one application and one message handler.
- */
+/** Start and log of the process: of a copy with the application object and no more. */
 class TestStartUp : public QObject
 {
     Q_OBJECT
 
-public:
-    static inline QString self;
-
 private:
-    struct Run {
-        int exitCode;
-        bool crashed;
-        QString errorOutput;
-    };
-
-    Run start(const QStringList &arguments = {})
-    {
-        QProcess process;
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert("VESK_TEST_CHILD", "1");
-        environment.insert("XDG_CONFIG_HOME", m_dir->filePath("config"));
-        environment.insert("XDG_DATA_HOME", m_dir->filePath("data"));
-        process.setProcessEnvironment(environment);
-        process.start(self, arguments);
-        if (!process.waitForFinished(20000))
-            return {-1, true, "no end"};
-        return {process.exitCode(), process.exitStatus() == QProcess::CrashExit,
-                QString::fromUtf8(process.readAllStandardError())};
-    }
-
-    QString configPath() const { return m_dir->filePath("config/Morvane/VESK.json"); }
-    QString logPath() const { return m_dir->filePath("data/Morvane/VESK/log.txt"); }
-
-    void writeSettings(const QByteArray &text)
-    {
-        QVERIFY(QDir().mkpath(m_dir->filePath("config/Morvane")));
-        QFile file(configPath());
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(text);
-    }
-
-    static QString contentOf(const QString &path)
-    {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-    }
-
-    std::unique_ptr<QTemporaryDir> m_dir;
+    std::unique_ptr<StartedCopy> m_copy;
 
 private slots:
-    void init() { m_dir = std::make_unique<QTemporaryDir>(); }
+    void init() { m_copy = std::make_unique<StartedCopy>(); }
 
     void withoutLogTheBannerGoesToTheDefaultOutputAndNoFileIsDeleted()
     {
-        QVERIFY(QDir().mkpath(m_dir->filePath("data/Morvane/VESK")));
-        QFile old(logPath());
+        QVERIFY(QDir().mkpath(m_copy->path("data/Morvane/VESK")));
+        QFile old(m_copy->logPath());
         QVERIFY(old.open(QIODevice::WriteOnly));
         old.write("old");
         old.close();
-        const Run run = start();
+        const StartedCopy::Run run = m_copy->start();
         QCOMPARE(run.exitCode, 0);
         QVERIFY2(run.errorOutput.contains("vesk/log = 0"), qPrintable(run.errorOutput));
         QVERIFY(run.errorOutput.contains("VESK version: 10.0"));
-        QVERIFY(run.errorOutput.contains("Settings path: " + configPath()));
-        QCOMPARE(contentOf(logPath()), "old");
-        QVERIFY(contentOf(configPath()).contains("\"version\": \"10.0\""));
+        QVERIFY(run.errorOutput.contains("Settings path: " + m_copy->configPath()));
+        QCOMPARE(StartedCopy::contentOf(m_copy->logPath()), "old");
+        QVERIFY(StartedCopy::contentOf(m_copy->configPath()).contains("\"version\": \"10.0\""));
     }
 
     void logStartsWithTheDateAndLeavesOutItsOwnSwitch()
     {
-        writeSettings("{\"vesk\":{\"log\":1}}");
-        QCOMPARE(start().exitCode, 0);
-        const QString log = contentOf(logPath());
+        m_copy->writeSettings("{\"vesk\":{\"log\":1}}");
+        QCOMPARE(m_copy->start().exitCode, 0);
+        const QString log = StartedCopy::contentOf(m_copy->logPath());
         const QString year = QString::number(QDate::currentDate().year());
         const QString first = log.section('\n', 0, 0);
         QVERIFY2(first.startsWith("Debug: ") && first.contains(year), qPrintable(first));
@@ -98,20 +54,20 @@ private slots:
 
     void secondStartReplacesTheLog()
     {
-        writeSettings("{\"vesk\":{\"log\":1}}");
-        start({"first.vesk"});
-        QVERIFY(contentOf(logPath()).contains("first.vesk"));
-        start();
-        const QString log = contentOf(logPath());
+        m_copy->writeSettings("{\"vesk\":{\"log\":1}}");
+        m_copy->start({"first.vesk"});
+        QVERIFY(StartedCopy::contentOf(m_copy->logPath()).contains("first.vesk"));
+        m_copy->start();
+        const QString log = StartedCopy::contentOf(m_copy->logPath());
         QVERIFY(!log.isEmpty());
         QVERIFY(!log.contains("first.vesk"));
     }
 
     void everyKindOfMessageHasItsWord()
     {
-        writeSettings("{\"vesk\":{\"log\":1}}");
-        start();
-        const QString log = contentOf(logPath());
+        m_copy->writeSettings("{\"vesk\":{\"log\":1}}");
+        m_copy->start();
+        const QString log = StartedCopy::contentOf(m_copy->logPath());
         for (const char *line :
              {"Debug: a debug", "Info: an info", "Warning: a warning", "Critical: a critical"})
             QVERIFY2(log.contains(QString("\n%1\n").arg(line)), line);
@@ -119,8 +75,8 @@ private slots:
 
     void fileThatCannotBeOpenedStillStarts()
     {
-        const QString path = m_dir->filePath("gone.vesk");
-        const Run run = start({path, "second.vesk"});
+        const QString path = m_copy->path("gone.vesk");
+        const StartedCopy::Run run = m_copy->start({path, "second.vesk"});
         QCOMPARE(run.exitCode, 0);
         QVERIFY(run.errorOutput.contains("error opening \"" + path + "\""));
         QVERIFY(!run.errorOutput.contains("second.vesk"));
@@ -131,11 +87,11 @@ private slots:
     {
         const QByteArray json =
             R"({"acq":{"res":"4x2"},"first_fr":0,"fr_cnt":1,"last_fr":0,"meta":{"size":8}})";
-        QFile file(m_dir->filePath("take #3.vesk"));
+        QFile file(m_copy->path("take #3.vesk"));
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write(HandMade::usual(json, HandMade::record(1, 0)));
         file.close();
-        const Run run = start({file.fileName()});
+        const StartedCopy::Run run = m_copy->start({file.fileName()});
         QCOMPARE(run.exitCode, 0);
         QVERIFY(!run.errorOutput.contains("error opening"));
         QVERIFY2(run.errorOutput.contains("sources: 1"), qPrintable(run.errorOutput));
@@ -144,19 +100,26 @@ private slots:
 
     void settingsThatAreNoJsonGiveDefaultsAndAreKept()
     {
-        writeSettings("not { json");
-        const Run run = start();
+        m_copy->writeSettings("not { json");
+        const StartedCopy::Run run = m_copy->start();
         QCOMPARE(run.exitCode, 0);
         QVERIFY(run.errorOutput.contains("vesk/log = 0"));
-        QCOMPARE(contentOf(configPath() + ".bad"), "not { json");
+        QCOMPARE(StartedCopy::contentOf(m_copy->configPath() + ".bad"), "not { json");
     }
 
     void crashLeavesALineInTheLogAndEndsTheProcess()
     {
-        writeSettings("{\"vesk\":{\"log\":1}}");
-        const Run run = start({"--crash"});
+        m_copy->writeSettings("{\"vesk\":{\"log\":1}}");
+        const StartedCopy::Run run = m_copy->start({"--crash"});
         QVERIFY(run.crashed);
-        QVERIFY(contentOf(logPath()).contains("Critical: segfault 11\n"));
+        QVERIFY(StartedCopy::contentOf(m_copy->logPath()).contains("Critical: segfault 11\n"));
+    }
+
+    void fatalMessageIsInTheLogOfTheProcessThatItEnds()
+    {
+        m_copy->writeSettings("{\"vesk\":{\"log\":1}}");
+        QVERIFY(m_copy->start({"--fatal"}).crashed);
+        QVERIFY(StartedCopy::contentOf(m_copy->logPath()).endsWith("\nFatal: a fatal\n"));
     }
 };
 
@@ -177,14 +140,16 @@ static int child(int argc, char *argv[])
         volatile std::uintptr_t page = 64;
         *reinterpret_cast<volatile int *>(page) = 1;
     }
+    if (QCoreApplication::arguments().contains("--fatal"))
+        qFatal("a fatal");
     return 0;
 }
 
 int main(int argc, char *argv[])
 {
-    if (qEnvironmentVariableIsSet("VESK_TEST_CHILD"))
+    if (StartedCopy::isCopy())
         return child(argc, argv);
-    TestStartUp::self = QFileInfo(QString::fromLocal8Bit(argv[0])).absoluteFilePath();
+    StartedCopy::self = QFileInfo(QString::fromLocal8Bit(argv[0])).absoluteFilePath();
     return runVeskTest<TestStartUp>(argc, argv);
 }
 
