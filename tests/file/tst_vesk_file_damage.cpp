@@ -91,6 +91,7 @@ private slots:
         QCOMPARE(LogLines::lines(), QStringList(line.contains("%1") ? line.arg(file->objectName()) : line));
         QCOMPARE(init.count(), 0);
         QVERIFY(!file->frCntValue()->variant().isValid());
+        QVERIFY(file->isOpen()); // whoever opened it deletes it
     }
 
     void fileThatEndsBehindItsDescriptionOpens_data()

@@ -1,6 +1,7 @@
 #include "camera/vesk_value.h"
 #include "file/vesk_file.h"
 #include "file/vesk_file_save_job.h"
+#include "save/save_manager.h"
 #include "tests/file/hand_made_file.h"
 #include "tests/support/vesk_test_main.h"
 
@@ -117,6 +118,27 @@ private slots:
         QCOMPARE(saved.sliced(36 + qsizetype(jsonSize), 4096 - 36 - qsizetype(jsonSize)).count('\0'),
                  4096 - 36 - qsizetype(jsonSize));
         QCOMPARE(saved.sliced(4096), record(1, 10) + record(2, 20));
+    }
+
+    void longDescriptionMakesTheFileLargerThanItsEstimate()
+    {
+        const QByteArray name(5000, 'n');
+        openFile(
+            usualRun(0, 9, ",\"camera\":{\"name\":\"" + name + "\"},\"lens\":{\"name\":\"" + name + "\"}"));
+        const qlonglong estimate =
+            app()->saveManager()->estFileSize(fileAt(0), 10, Util::FormatVesk, Util::CodecVesk);
+        QCOMPARE(estimate, 10 * 16 + 4096);
+        QVERIFY(save(0, 10, "b"));
+        const QByteArray saved = onDisk("b.vesk");
+        QVERIFY(saved.size() > estimate);
+        QCOMPARE((saved.size() - estimate) % 4096, 0);
+        // What is more is the description, of which 4096 bytes with its header are allowed for.
+        const auto jsonSize = qFromLittleEndian<quint64>(saved.constData() + 16);
+        QCOMPARE(saved.size() - estimate, qsizetype((jsonSize + 36 + 4095) / 4096 * 4096) - 4096);
+        QCOMPARE(saved.last(10 * 16), onDisk("a.vesk").last(10 * 16));
+        m_job->open();
+        QVERIFY(fileAt(1));
+        QCOMPARE(fileAt(1)->lensNameValue()->variant().toByteArray(), name);
     }
 
     void partialFileIsKeptWhenTheSourceEndsEarly()

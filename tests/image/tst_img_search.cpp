@@ -1,4 +1,5 @@
 #include "tests/image/search_source.h"
+#include "tests/support/thread_names.h"
 #include "tests/support/vesk_test_main.h"
 
 #include <cmath>
@@ -39,6 +40,7 @@ private slots:
     void stepChangedDuringASearchWaitsForTheNext();
     void lookIsThatOfTheStart();
     void overlaysAreCompared();
+    void threadOfASearchHasItsNameAndEndsWithIt();
 };
 
 void TestImgSearch::newSearchIsIdleWithItsDefaults()
@@ -269,6 +271,17 @@ void TestImgSearch::overlaysAreCompared()
     };
     QCOMPARE(search(ImgAdjModel::ExpAssistDisabled), 100);
     QCOMPARE(search(ImgAdjModel::ExpAssistEnabled), 50);
+}
+
+void TestImgSearch::threadOfASearchHasItsNameAndEndsWithIt()
+{
+    const auto source = sourceAt(0);
+    source->answersAtOnce = false;
+    QTRY_VERIFY(!hasThread("ImgSearch Thread"));
+    source->imgSearch()->start(true);
+    QTRY_VERIFY(hasThread("ImgSearch Thread"));
+    source->imgSearch()->cancel();
+    QTRY_VERIFY(!hasThread("ImgSearch Thread"));
 }
 
 VESK_TEST_MAIN(TestImgSearch)
