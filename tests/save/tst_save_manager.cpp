@@ -105,6 +105,25 @@ private slots:
         QCOMPARE(m_fixture->camera->fileSaveJobQueue()->pending().size(), 2);
     }
 
+    void failedJobStaysListedBetweenTwoGoodOnes()
+    {
+        m_fixture->answerFrames(SaveSourceFixture::records(2));
+        m_fixture->holdFrames();
+        const SaveJob *first = m_fixture->save(Util::FormatVesk, -5, 2, u"first"_s);
+        const SaveJob *second = m_fixture->save(Util::FormatVesk, -5, 2, u"gone/second"_s);
+        const SaveJob *third = m_fixture->save(Util::FormatVesk, -5, 2, u"third"_s);
+        QTRY_COMPARE(m_fixture->server.heldCount(), 1);
+        QCOMPARE(second->state(), SaveJob::Queued);
+        m_fixture->server.release();
+        QTRY_COMPARE(third->state(), SaveJob::Done);
+        QCOMPARE(first->state(), SaveJob::Done);
+        QCOMPARE(second->state(), SaveJob::Error);
+        QCOMPARE(second->error(), u"can't open file for writing"_s);
+        QCOMPARE(list()->size(), 3);
+        QCOMPARE(list()->get(1), second);
+        QCOMPARE(m_fixture->files(), QStringList({u"first.vesk"_s, u"third.vesk"_s}));
+    }
+
     void removalOfAWaitingJobTakesItFromListAndQueueAndDeletesItLater()
     {
         m_fixture->holdFrames();

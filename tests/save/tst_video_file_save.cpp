@@ -152,33 +152,6 @@ private slots:
         QVERIFY2(crossed < atFirst - 3.0, qPrintable(QString::number(crossed)));
     }
 
-    void halfATurnWrapsTheRowsOfAFrameThatIsNotSquare()
-    {
-        QVERIFY(openTake(1));
-        m_fixture->take->imgAdjModel()->setRotate(180);
-        const QImage shown = m_fixture->shown(5);
-        QCOMPARE(shown.size(), QSize(160, 96));
-        SaveJob *job = m_fixture->film(Util::CodecRaw_BGR24, 5, 1);
-        QTRY_COMPARE(job->state(), SaveJob::Done);
-        const ForeignFilm film(path(Util::CodecRaw_BGR24));
-        QCOMPARE(film.size(), u"96x160"_s);
-        // The same pixels one after the other, in rows of 96.
-        QVERIFY(film.decoded(u"bgr24"_s) == FilmFixture::bgr(shown));
-    }
-
-    void halfATurnOfAFrameThatIsNotSquareIsTakenByEveryCodec_data() { FilmFixture::addCodecs(); }
-
-    void halfATurnOfAFrameThatIsNotSquareIsTakenByEveryCodec()
-    {
-        QFETCH(const Util::Codec, codec);
-        QVERIFY(openTake(1));
-        m_fixture->take->imgAdjModel()->setRotate(180);
-        SaveJob *job = m_fixture->film(codec, 0, 3);
-        QTRY_COMPARE(job->state(), SaveJob::Done);
-        QCOMPARE(ForeignFilm(path(codec)).size(), u"96x160"_s);
-        QCOMPARE(ForeignFilm(path(codec)).frames(), 3);
-    }
-
     void everyFrameOfALongRunIsInItsPlace()
     {
         QVERIFY(openTake(1, 299));

@@ -152,6 +152,76 @@ private slots:
         }
     }
 
+    void smallAv1KeepsItsColorsInTheMiddle_data()
+    {
+        QTest::addColumn<int>("codec");
+        QTest::newRow("8 bits") << int(Util::CodecAV1_YUV420P);
+        QTest::newRow("10 bits") << int(Util::CodecAV1_YUV420P10);
+    }
+
+    void smallAv1KeepsItsColorsInTheMiddle()
+    {
+        QFETCH(const int, codec);
+        // Quarters of the picture: blue, green; red, white.
+        QList<ushort> image;
+        for (int i = 0; i < 32 * 32; ++i) {
+            const int quarter = (i % 32) / 16 + 2 * (i / 32 / 16);
+            for (int channel = 0; channel < 3; ++channel)
+                image.append(quarter == channel || quarter == 3 ? 60000 : 0);
+        }
+        const Order order = {.width = 32, .height = 32, .codec = Util::Codec(codec), .quality = 1};
+        QVERIFY(encode(order, Images(3, image)));
+        const QByteArray film = ForeignFilm(path(order)).decoded(u"bgr24"_s);
+        QCOMPARE(film.size(), 3 * 64 * 64 * 3);
+        // Away from the edges, where neighbours share their colour. 60000 of 65535 are 233 of 255.
+        for (int quarter = 0; quarter < 4; ++quarter) {
+            const int left = 16 + 16 * (quarter % 2);
+            const int top = 16 + 16 * (quarter / 2);
+            for (int i = 0; i < 8 * 8; ++i) {
+                const int at = 3 * ((top + 4 + i / 8) * 64 + left + 4 + i % 8);
+                for (int channel = 0; channel < 3; ++channel) {
+                    const int expected = quarter == channel || quarter == 3 ? 233 : 0;
+                    const int value = uchar(film[at + channel]);
+                    QVERIFY2(
+                        qAbs(value - expected) <= 10,
+                        qPrintable(u"quarter %1, channel %2: %3"_s.arg(quarter).arg(channel).arg(value)));
+                }
+            }
+        }
+    }
+
+    void everyFrameOfACodedFilmIsInItsPlace_data()
+    {
+        QTest::addColumn<int>("codec");
+        QTest::newRow("AV1") << int(Util::CodecAV1_YUV420P);
+        QTest::newRow("AV1 of 10 bits") << int(Util::CodecAV1_YUV420P10);
+        QTest::newRow("H.264") << int(Util::CodecH264);
+    }
+
+    /** A bright bar stands as many times eight pixels from the left as its frame's number says. */
+    void everyFrameOfACodedFilmIsInItsPlace()
+    {
+        QFETCH(const int, codec);
+        constexpr int count = 75;
+        constexpr int width = 8 * count;
+        Images images;
+        for (int frame = 0; frame < count; ++frame) {
+            QList<ushort> image;
+            for (int i = 0; i < width * 64; ++i)
+                image.insert(image.size(), 3, i % width / 8 == frame ? 60000 : 5000);
+            images.append(image);
+        }
+        const Order order = {.width = width, .height = 64, .codec = Util::Codec(codec)};
+        QVERIFY(encode(order, images));
+        const QByteArray film = ForeignFilm(path(order)).decoded(u"gray"_s);
+        QCOMPARE(film.size(), count * width * 64);
+        for (int frame = 0; frame < count; ++frame) {
+            const QByteArrayView row = QByteArrayView(film).sliced((frame * 64 + 32) * width, width);
+            for (int bar = 0; bar < count; ++bar)
+                QCOMPARE(uchar(row[8 * bar + 4]) > 128, bar == frame);
+        }
+    }
+
     void codedPictureIsRightWhateverItsSize_data()
     {
         QTest::addColumn<int>("codec");
