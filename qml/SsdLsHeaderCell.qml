@@ -19,6 +19,11 @@ AbstractButton {
     Accessible.role: Accessible.ColumnHeader
     Accessible.name: root.text
     Accessible.description: root.ascending ? qsTr("ascending") : root.descending ? qsTr("descending") : ""
+    // The list is not to hand the keys back to the title that had them last.
+    onActiveFocusChanged: {
+        if (!root.activeFocus)
+            root.focus = false;
+    }
     Keys.onReturnPressed: root.clicked()
     Keys.onEnterPressed: root.clicked()
 

@@ -18,6 +18,10 @@ ListView {
         if (root.count === 0)
             return;
         root.currentIndex = Math.max(0, Math.min(row, root.count - 1));
+        // A title that had the keys leaves them to the row, so that Return opens it.
+        const title = root.Window.activeFocusItem as SsdLsHeaderCell;
+        if (title)
+            title.focus = false;
         const item = root.currentItem as SsdLsRow;
         item.entry?.select(false);
         // The titles lie over the rows.
