@@ -2,6 +2,7 @@
 #include "image/img_adj_model.h"
 #include "image/img_frame.h"
 #include "sim/camera.h"
+#include "tests/qml/keys.h"
 #include "tests/qml/view_fixture.h"
 #include "tests/qml/view_test_main.h"
 
@@ -9,11 +10,9 @@
 #include <QQuickItem>
 #include <QQuickWindow>
 
-#include <algorithm>
-
 using namespace Qt::StringLiterals;
 
-/** The window worked with keys alone, and by programs that read it aloud. */
+/** The window worked with keys alone, and by programs that press its controls. */
 class TestKeyboard : public QObject
 {
     Q_OBJECT
@@ -22,8 +21,6 @@ private slots:
     void cleanup();
 
     void tabReachesEveryControlOfACamera();
-    void everyControlHasAName_data();
-    void everyControlHasAName();
     void focusedControlIsScrolledIntoSight();
     void focusedTabIsNotMarkedAsSelected();
     void tabOfANamelessCameraIsNamedByItsAddress();
@@ -36,36 +33,15 @@ private slots:
     void arrowsMoveAZoomedPicture();
 
 private:
-    bool tabTo(const QString &name);
     bool press(const QString &name);
-    QString focusedName() const;
 
     ViewFixture m_view;
+    Keys m_keys{m_view};
 };
 
 void TestKeyboard::cleanup()
 {
     QCOMPARE(m_view.end(), QStringList());
-}
-
-QString TestKeyboard::focusedName() const
-{
-    // The text of a composed control has the focus in place of the control.
-    for (QQuickItem *item = m_view.window()->activeFocusItem(); item; item = item->parentItem()) {
-        QAccessibleInterface *element = QAccessible::queryAccessibleInterface(item);
-        if (element && !element->text(QAccessible::Name).isEmpty())
-            return element->text(QAccessible::Name);
-    }
-    return {};
-}
-
-/** Presses Tab until the control with a name has the focus; false when it never gets it. */
-bool TestKeyboard::tabTo(const QString &name)
-{
-    QAccessible::setActive(true);
-    for (int i = 0; i < 120 && focusedName() != name; ++i)
-        QTest::keyClick(m_view.window(), Qt::Key_Tab);
-    return focusedName() == name;
 }
 
 /** Does what a screen reader does to activate an element. */
@@ -161,59 +137,14 @@ void TestKeyboard::tabReachesEveryControlOfACamera()
                                u"Firmware Update"_s,
                                u"Add source"_s,
                                u"Simulated Q4"_s};
-    QVERIFY(tabTo(names.first()));
+    QVERIFY(m_keys.tabTo(names.first()));
     for (const QString &name : names) {
         // A slider and its field have the same name, so that two steps may lie between two names.
-        for (int step = 0; step < 10 && focusedName() != name; ++step)
+        for (int step = 0; step < 10 && m_keys.focused() != name; ++step)
             QTest::keyClick(m_view.window(), Qt::Key_Tab);
-        QCOMPARE(focusedName(), name);
+        QCOMPARE(m_keys.focused(), name);
     }
     QCOMPARE(ViewFixture::writtenPaths(*simulated), QStringList());
-}
-
-void TestKeyboard::everyControlHasAName_data()
-{
-    QTest::addColumn<bool>("answers");
-    QTest::newRow("connected") << true;
-    QTest::newRow("never answered") << false;
-}
-
-static QStringList namelessControls(QAccessibleInterface *parent)
-{
-    static constexpr QAccessible::Role roles[] = {
-        QAccessible::Button,       QAccessible::CheckBox, QAccessible::ComboBox,
-        QAccessible::Slider,       QAccessible::PageTab,  QAccessible::SpinBox,
-        QAccessible::EditableText, QAccessible::MenuItem, QAccessible::Graphic};
-    QStringList found;
-    for (int i = 0; i < parent->childCount(); ++i) {
-        QAccessibleInterface *child = parent->child(i);
-        if (!child || child->state().invisible)
-            continue;
-        const bool control = std::find(std::begin(roles), std::end(roles), child->role()) != std::end(roles);
-        if (control && child->text(QAccessible::Name).isEmpty())
-            found.append(QString::fromLatin1(child->object()->metaObject()->className()));
-        found += namelessControls(child);
-    }
-    return found;
-}
-
-void TestKeyboard::everyControlHasAName()
-{
-    QFETCH(const bool, answers);
-    if (answers) {
-        q4sim::Camera *simulated = m_view.startUnfolded();
-        QVERIFY(simulated);
-        QCOMPARE(simulated->answer("PUT", u"/ssd/autosave/mode"_s, "3").status, 200);
-        QTRY_VERIFY(m_view.shows(u"Frame Count"_s));
-        QTRY_VERIFY(m_view.shows(u"Firmware Update"_s));
-        QTRY_VERIFY(m_view.shows(u"Auto White Balance"_s));
-    } else {
-        m_view.open();
-        VeskApp::instance()->connectCamera(u"127.0.15.9"_s);
-        QTRY_VERIFY(m_view.shows(u"Black Reference"_s));
-    }
-    ViewFixture::settle(m_view.window());
-    QCOMPARE(namelessControls(QAccessible::queryAccessibleInterface(m_view.window())), QStringList());
 }
 
 void TestKeyboard::focusedControlIsScrolledIntoSight()
@@ -227,9 +158,9 @@ void TestKeyboard::focusedControlIsScrolledIntoSight()
         return place.top() >= 0 && place.bottom() <= m_view.window()->height();
     };
     QVERIFY(!isInSight(u"Auto White Balance"_s));
-    QVERIFY(tabTo(u"Auto White Balance"_s));
+    QVERIFY(m_keys.tabTo(u"Auto White Balance"_s));
     QVERIFY(isInSight(u"Auto White Balance"_s));
-    QVERIFY(tabTo(u"Edit name"_s));
+    QVERIFY(m_keys.tabTo(u"Edit name"_s));
     QVERIFY(isInSight(u"Edit name"_s));
 }
 
@@ -242,7 +173,7 @@ void TestKeyboard::focusedTabIsNotMarkedAsSelected()
     config.discovery = false;
     QVERIFY(m_view.simulate(config));
     QVERIFY(m_view.connectTo(u"127.0.15.2"_s));
-    QVERIFY(tabTo(u"Second"_s));
+    QVERIFY(m_keys.tabTo(u"Second"_s));
     QObject *tab = m_view.element(u"Second"_s, QAccessible::PageTab)->object();
     const auto border = [tab] { return QQmlProperty::read(tab, u"border.color"_s).value<QColor>(); };
     QCOMPARE(border(), QColor(u"#212121"_s));
@@ -261,7 +192,7 @@ void TestKeyboard::keysReachThePictureAfterTheAddMenu()
 {
     QVERIFY(m_view.startWithCamera());
     QTRY_VERIFY(!m_view.camera()->imgFrame()->image().isNull());
-    QVERIFY(tabTo(u"Add source"_s));
+    QVERIFY(m_keys.tabTo(u"Add source"_s));
     QTest::keyClick(m_view.window(), Qt::Key_Space);
     QTRY_VERIFY(m_view.shows(u"Connect Camera..."_s));
     QTest::keyClick(m_view.window(), Qt::Key_Escape);
@@ -290,10 +221,10 @@ void TestKeyboard::choiceGivesUpFocusWhenItIsLeftAsItWas()
     QVERIFY(m_view.startWithCamera());
     QVERIFY(m_view.click(u"Focus Peaking"_s));
     QTRY_VERIFY(m_view.shows(u"High"_s));
-    QCOMPARE(focusedName(), u"Focus Peaking"_s);
+    QCOMPARE(m_keys.focused(), u"Focus Peaking"_s);
     QTest::keyClick(m_view.window(), Qt::Key_Escape);
     QTRY_VERIFY(!m_view.shows(u"High"_s));
-    QVERIFY(focusedName() != u"Focus Peaking"_s);
+    QVERIFY(m_keys.focused() != u"Focus Peaking"_s);
     QCOMPARE(m_view.camera()->imgAdjModel()->property("focusPeak").toInt(), 0);
 }
 
@@ -329,16 +260,16 @@ void TestKeyboard::arrowsMoveAZoomedPicture()
     QVERIFY(m_view.startWithCamera());
     ImgFrame *frame = m_view.camera()->imgFrame();
     QTRY_VERIFY(!frame->image().isNull());
-    QVERIFY(!tabTo(u"Horizontal position"_s));
+    QVERIFY(!m_keys.tabTo(u"Horizontal position"_s));
     frame->setZoomScale(4.0);
     frame->setPanX(0.0);
     frame->setPanY(0.0);
-    QVERIFY(tabTo(u"Horizontal position"_s));
+    QVERIFY(m_keys.tabTo(u"Horizontal position"_s));
     QTest::keyClick(m_view.window(), Qt::Key_Right);
     QCOMPARE(frame->panX(), 0.1);
     QTest::keyClick(m_view.window(), Qt::Key_Left);
     QCOMPARE(frame->panX(), 0.0);
-    QVERIFY(tabTo(u"Vertical position"_s));
+    QVERIFY(m_keys.tabTo(u"Vertical position"_s));
     QTest::keyClick(m_view.window(), Qt::Key_Down);
     QCOMPARE(frame->panY(), 0.1);
 }
