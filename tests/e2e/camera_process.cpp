@@ -4,10 +4,10 @@
 
 using namespace Qt::StringLiterals;
 
-QString CameraProcess::start()
+QString CameraProcess::start(const QStringList &options)
 {
     m_process.start(QString::fromLocal8Bit(Q4SIM_PROGRAM),
-                    {u"--address"_s, address(), u"--memory"_s, u"131072"_s});
+                    QStringList{u"--address"_s, address(), u"--memory"_s, u"131072"_s} + options);
     if (m_process.readUntil("q4sim: camera ").isEmpty())
         return u"q4sim does not serve: "_s + QString::fromUtf8(m_process.readAllStandardError());
     return {};
@@ -75,6 +75,16 @@ bool CameraProcess::put(const QString &path, const QByteArray &json)
     return m_client.put(path, json) == 200;
 }
 
+bool CameraProcess::command(const QString &path, const QByteArray &json)
+{
+    return m_client.post(path, json) == 200;
+}
+
+bool CameraProcess::setFault(const QByteArray &order)
+{
+    return m_client.post(u"/sim/fault"_s, order) == 200;
+}
+
 bool CameraProcess::setFault(const QString &route, const QString &kind)
 {
     const QStringList every = {u"status"_s, u"xfer"_s,   u"takes"_s,  u"bref"_s,
@@ -82,7 +92,7 @@ bool CameraProcess::setFault(const QString &route, const QString &kind)
     const QStringList routes = route == "*"_L1 ? every : QStringList{route};
     for (const QString &on : routes) {
         const QByteArray body = QJsonDocument(QJsonObject{{u"on"_s, on}, {u"kind"_s, kind}}).toJson();
-        if (m_client.post(u"/sim/fault"_s, body) != 200)
+        if (!setFault(body))
             return false;
     }
     return true;
@@ -96,14 +106,13 @@ bool CameraProcess::force(const QString &path, const QByteArray &json)
 
 bool CameraProcess::delayFrames(int ms)
 {
-    const QByteArray body = QStringLiteral(R"({"on":"xfer","kind":"delay","ms":%1})").arg(ms).toUtf8();
-    return m_client.post(u"/sim/fault"_s, body) == 200;
+    return setFault(QStringLiteral(R"({"on":"xfer","kind":"delay","ms":%1})").arg(ms).toUtf8());
 }
 
 bool CameraProcess::dripFrames(int ms, int bytes)
 {
-    const QString body = QStringLiteral(R"({"on":"xfer","kind":"drip","ms":%1,"bytes":%2})");
-    return m_client.post(u"/sim/fault"_s, body.arg(ms).arg(bytes).toUtf8()) == 200;
+    const QString order = QStringLiteral(R"({"on":"xfer","kind":"drip","ms":%1,"bytes":%2})");
+    return setFault(order.arg(ms).arg(bytes).toUtf8());
 }
 
 bool CameraProcess::clearFaults()

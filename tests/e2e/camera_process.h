@@ -11,7 +11,7 @@ public:
     /// Starts it at 10.77.0.2 with 1000 frames a second and memory enough that a
     /// take goes on for almost a minute after its trigger. Gives one sentence on
     /// what went wrong, or nothing.
-    QString start();
+    QString start(const QStringList &options = {});
 
     QString address() const;
 
@@ -31,8 +31,12 @@ public:
     QJsonObject upload();
 
     bool put(const QString &path, const QByteArray &json);
+    /// What another program might ask of it, "/rec".
+    bool command(const QString &path, const QByteArray &json = "{}");
     /// `route` as in sim/fault.h, all of them for "*".
     bool setFault(const QString &route, const QString &kind);
+    /// An order as in sim/fault.h.
+    bool setFault(const QByteArray &order);
     /// Answers frames so much later.
     bool delayFrames(int ms);
     /// Sends so many bytes of frames every `ms`, in transfers that begin from now on.

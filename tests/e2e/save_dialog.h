@@ -14,6 +14,8 @@ public:
     bool setName(const QString &name) const;
     /// 0 native files, 1 AVI, 2 MP4, 3 images.
     bool setFormat(int index) const { return pick(formatBox, index); }
+    /// 0 a file, 1 the camera's drive.
+    bool setDestination(int index) const { return pick(destinationBox, index); }
     /// In the order of the list.
     bool setCodec(int index) const { return pick(codecBox, index); }
     void keepPicture(const QString &name) const { m_session.screen.keepPicture(name); }
@@ -22,6 +24,7 @@ public:
 
 private:
     // The three sections lie below each other; a row is 24 high and 10 from the next.
+    static constexpr QPoint destinationBox{175, 298};
     static constexpr QPoint formatBox{175, 472};
     static constexpr QPoint codecBox{383, 472};
 

@@ -4,11 +4,11 @@
 
 using namespace Qt::StringLiterals;
 
-QString Session::start()
+QString Session::start(const QStringList &cameraOptions)
 {
     if (const QString problem = screen.start(); !problem.isEmpty())
         return problem;
-    if (const QString problem = camera.start(); !problem.isEmpty())
+    if (const QString problem = camera.start(cameraOptions); !problem.isEmpty())
         return problem;
     return startProgram();
 }

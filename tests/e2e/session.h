@@ -17,7 +17,7 @@ class Session
 public:
     /// Starts all three and waits for the live picture. One sentence on what went
     /// wrong, or nothing.
-    QString start();
+    QString start(const QStringList &cameraOptions = {});
     /// Starts the program (again) and waits until it shows a camera.
     QString startProgram();
 
