@@ -15,6 +15,7 @@ class TestClosing : public QObject
 private slots:
     void programEndsInTheMidstOfThings_data();
     void programEndsInTheMidstOfThings();
+    void programEndsFromItsMenuByKeys();
 
 private:
     // Each brings the program to something that goes on for long; false if it does not come to it.
@@ -49,6 +50,7 @@ private:
     bool isWriting();
     bool openListing();
     QJsonValue value(const QString &path) { return m_session->camera.value(path); }
+    void waitForTheEnd();
 
     std::unique_ptr<Session> m_session;
 };
@@ -232,6 +234,16 @@ QList<TestClosing::Moment> TestClosing::moments()
             {"autosave", &T::autosave, {u"--ssd-speed"_s, u"1"_s, u"--memory"_s, u"1024"_s}}};
 }
 
+/// A second for the user; some more for a machine that has other things to do.
+void TestClosing::waitForTheEnd()
+{
+    QElapsedTimer waiting;
+    waiting.start();
+    QCOMPARE(m_session->program().exitCode(4000), 0);
+    qInfo("%lld ms", waiting.elapsed());
+    QCOMPARE(m_session->program().complaints(), QStringList());
+}
+
 void TestClosing::programEndsInTheMidstOfThings_data()
 {
     QTest::addColumn<int>("moment");
@@ -249,13 +261,22 @@ void TestClosing::programEndsInTheMidstOfThings()
     const QString picture = QString::fromLatin1(what.name).replace(u' ', u'-');
     m_session->screen.keepPicture((there ? u"closing-"_s : u"failed-"_s) + picture);
     QVERIFY(there);
-    QElapsedTimer sinceClosed;
-    sinceClosed.start();
     m_session->screen.close(*m_session->screen.window(u"VESK"_s));
-    // A second for the user; some more for a machine that has other things to do.
-    QCOMPARE(m_session->program().exitCode(4000), 0);
-    qInfo("%lld ms", sinceClosed.elapsed());
-    QCOMPARE(m_session->program().complaints(), QStringList());
+    waitForTheEnd();
+}
+
+void TestClosing::programEndsFromItsMenuByKeys()
+{
+    m_session = std::make_unique<Session>();
+    QCOMPARE(m_session->start(), QString());
+    QVERIFY(live());
+    m_session->key(u"alt+f"_s);
+    // To the last entry, where the arrow stays.
+    for (int i = 0; i < 8; ++i)
+        m_session->key(u"Down"_s);
+    m_session->screen.keepPicture(u"closing-by-keys"_s);
+    m_session->key(u"Return"_s);
+    waitForTheEnd();
 }
 
 QTEST_GUILESS_MAIN(TestClosing)

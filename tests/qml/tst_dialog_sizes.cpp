@@ -64,8 +64,8 @@ void TestDialogSizes::dialogOpensAtItsSize()
     const QImage picture = window->grabWindow();
     QCOMPARE(picture.size(), size * scale);
     keep(picture, scale);
-    QCOMPARE(WindowCheck::cutPieces(window), QStringList());
-    QCOMPARE(WindowCheck::overlappingPieces(window), QStringList());
+    QCOMPARE(WindowCheck::cutPieces(window).join(u", "_s), QString());
+    QCOMPARE(WindowCheck::overlappingPieces(window).join(u", "_s), QString());
 }
 
 void TestDialogSizes::listingIsWholeAtItsLeastSize()
@@ -77,8 +77,8 @@ void TestDialogSizes::listingIsWholeAtItsLeastSize()
     QTRY_COMPARE(window->size(), QSize(512, 300));
     ViewFixture::settle(window);
     QCOMPARE(m_view.names().size(), 3);
-    QCOMPARE(WindowCheck::cutPieces(window), QStringList());
-    QCOMPARE(WindowCheck::overlappingPieces(window), QStringList());
+    QCOMPARE(WindowCheck::cutPieces(window).join(u", "_s), QString());
+    QCOMPARE(WindowCheck::overlappingPieces(window).join(u", "_s), QString());
 }
 
 VIEW_TEST_MAIN(TestDialogSizes)
