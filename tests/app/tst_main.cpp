@@ -114,8 +114,10 @@ Q_COREAPP_STARTUP_FUNCTION(prepareCopy)
 
 int main(int argc, char *argv[])
 {
-    if (StartedCopy::isCopy())
+    if (StartedCopy::isCopy()) {
+        prepareThreadSanitizer();
         return veskMain(argc, argv);
+    }
     StartedCopy::self = QFileInfo(QString::fromLocal8Bit(argv[0])).absoluteFilePath();
     return runVeskTest<TestMain>(argc, argv);
 }

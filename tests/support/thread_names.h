@@ -3,22 +3,22 @@
 #include <QByteArray>
 #include <QDir>
 #include <QFile>
-#include <QList>
+#include <QStringList>
 
-/** Names of the threads of this process, as debuggers see them: the system keeps 15 characters of each. */
-inline QByteArrayList threadNames()
+/** Numbers of the threads of this process with a name, of which the system keeps 15 characters. */
+inline QStringList threadsNamed(const char *name)
 {
     const QDir tasks(QStringLiteral("/proc/self/task"));
-    QByteArrayList names;
-    for (const QString &task : tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-        QFile name(tasks.filePath(task + QStringLiteral("/comm")));
-        if (name.open(QIODevice::ReadOnly))
-            names.append(name.readAll().chopped(1));
+    QStringList numbers;
+    for (const QString &number : tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        QFile file(tasks.filePath(number + QStringLiteral("/comm")));
+        if (file.open(QIODevice::ReadOnly) && file.readAll().chopped(1) == QByteArray(name).first(15))
+            numbers.append(number);
     }
-    return names;
+    return numbers;
 }
 
 inline bool hasThread(const char *name)
 {
-    return threadNames().contains(QByteArray(name).first(15));
+    return !threadsNamed(name).isEmpty();
 }
