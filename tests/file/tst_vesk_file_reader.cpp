@@ -286,7 +286,7 @@ private slots:
         Taken taken;
         taken.holds = true;
         KeepingJob job(m_file.get(), -5, 50, &taken);
-        QVERIFY(!hasThread("VeskFileReader Thread"));
+        QTRY_VERIFY(!hasThread("VeskFileReader Thread"));
         QVERIFY(job.start());
         QTRY_COMPARE(taken.all().size(), 1);
         QVERIFY(hasThread("VeskFileReader Thread"));
