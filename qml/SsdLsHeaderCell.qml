@@ -19,6 +19,7 @@ AbstractButton {
     Accessible.role: Accessible.ColumnHeader
     Accessible.name: root.text
     Accessible.description: root.ascending ? qsTr("ascending") : root.descending ? qsTr("descending") : ""
+    Accessible.onPressAction: root.clicked()
     // The list is not to hand the keys back to the title that had them last.
     onActiveFocusChanged: {
         if (!root.activeFocus)

@@ -24,8 +24,10 @@ ListView {
             title.focus = false;
         const item = root.currentItem as SsdLsRow;
         item.entry?.select(false);
-        // The titles lie over the rows.
-        root.contentY = Math.min(root.contentY, item.y - root.headerItem.height);
+        // The titles lie over the rows, which the list by itself takes for rows in sight.
+        const top = item.y - root.headerItem.height;
+        const bottom = item.y + item.height - root.height;
+        root.contentY = Math.max(bottom, Math.min(root.contentY, top));
     }
 
     readonly property int rowsInSight: Math.max(1, Math.floor((root.height - 28) / 20) - 1)
@@ -81,16 +83,25 @@ ListView {
         onOpened: root.accepted()
     }
 
-    // A list that is made anew has no row to begin with, either.
-    onCountChanged: {
-        if (root.count === 0)
-            root.currentIndex = -1;
+    // While no row tells where the keys go.
+    Rectangle {
+        parent: root
+        anchors.fill: parent
+        z: 3
+        color: "transparent"
+        border.color: Theme.palette.highlight
+        visible: root.activeFocus && (root.entries?.selectedCount ?? 0) === 0
     }
 
-    // In another order the keys begin anew: the row is another recording's.
+    // In another order the keys begin anew: the row is another recording's. In a list that is made anew, too: no
+    // row of it is selected.
     Connections {
         target: root.entries
 
+        function onSelectedCountChanged() {
+            if (root.entries.selectedCount === 0)
+                root.currentIndex = -1;
+        }
         function onSortModeChanged() {
             root.currentIndex = -1;
         }

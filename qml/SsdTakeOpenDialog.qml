@@ -24,6 +24,8 @@ DialogWindow {
     minimumHeight: 300
     maximumWidth: 16777215
     maximumHeight: 16777215
+    Component.onCompleted: SsdListings.add(root.camera, root)
+    Component.onDestruction: SsdListings.remove(root)
 
     ListBox {
         anchors.fill: parent

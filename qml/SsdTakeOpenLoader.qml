@@ -9,10 +9,16 @@ DialogLoader {
     /** Null for a moment when the camera has gone. */
     required property Camera camera
 
-    /** Opens the listing as the drive is now. */
+    /** Opens the listing as the drive is now, or brings up the one that was opened elsewhere. */
     function list() {
         root.camera.ssdLs();
-        root.open();
+        const dialog = SsdListings.of(root.camera);
+        if (dialog) {
+            dialog.raise();
+            dialog.requestActivate();
+        } else {
+            root.open();
+        }
     }
 
     sourceComponent: SsdTakeOpenDialog {

@@ -11,6 +11,27 @@
 
 using namespace Qt::StringLiterals;
 
+static q4sim::RecordingOrder recording(const QString &name, qint64 time, qint64 last)
+{
+    return {name, time, {.first = 0, .last = last, .triggerNs = 1735732000000000000}};
+}
+
+q4sim::Config DriveFixture::fourRecordings()
+{
+    q4sim::Config config;
+    config.recordings = {
+        recording(u"Bravo.vesk"_s, 1735732800, 19), recording(u"alpha.vesk"_s, 1738411200, 9),
+        recording(u"delta.vesk"_s, 1735732800, 19), recording(u"Charlie.vesk"_s, 1740830400, 29)};
+    return config;
+}
+
+q4sim::Config DriveFixture::oneRecording(const QString &name)
+{
+    q4sim::Config config;
+    config.recordings = {recording(name, 1735732800, 9)};
+    return config;
+}
+
 q4sim::Camera *DriveFixture::startWithDrive(const q4sim::Config &config)
 {
     startFolder();

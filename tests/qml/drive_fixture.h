@@ -10,6 +10,11 @@ class DriveFixture : public SaveFixture
     Q_OBJECT
 
 public:
+    /** Sizes rise and dates fall in the order of the names, but for two alike. */
+    static q4sim::Config fourRecordings();
+    /** One recording on the drive, of 10 frames. */
+    static q4sim::Config oneRecording(const QString &name);
+
     enum Listing { PanelButton, CameraTabMenu, CameraFileMenu };
 
     /** A camera whose drive is ready, selected; null if that fails. */

@@ -36,7 +36,6 @@ private slots:
     void recordingIsSteppedThrough();
     void closedRecordingLeadsBackToItsCamera_data();
     void closedRecordingLeadsBackToItsCamera();
-    void recordingThatTheCameraClosesGoes();
     void recordingGoesWithItsCamera();
     void recordingIsSavedIntoAFileOnly();
     void takeIsSavedToTheDrive();
@@ -45,10 +44,6 @@ private slots:
     void storedDriveIsNoChoiceForARecording();
     void brokenSaveToTheDriveTellsWhy();
     void saveThatTheCameraHoldsBackIsQueued();
-    void namesAreShownWhole_data();
-    void namesAreShownWhole();
-    void drivePulledWhile_data();
-    void drivePulledWhile();
 
 private:
     DriveFixture m_view;
@@ -175,17 +170,6 @@ void TestDriveTakes::closedRecordingLeadsBackToItsCamera()
     QTRY_VERIFY(!m_view.tabOf(Name));
     QTRY_VERIFY(!take);
     QCOMPARE(ViewFixture::bodies(*m_view.simulated(), "POST", u"/ssd-fclose"_s), QByteArrayList{body});
-}
-
-void TestDriveTakes::recordingThatTheCameraClosesGoes()
-{
-    const QPointer<SsdTake> take = m_view.startWithRecording(Name);
-    QVERIFY(take);
-    QVERIFY(m_view.waitForPolls(2));
-    QCOMPARE(m_view.simulated()->operate({{u"ssd_close"_s, take->takeId()}}), QString());
-    QTRY_COMPARE(VeskApp::instance()->selectedVeskObject(), m_view.camera());
-    QTRY_VERIFY(!take);
-    QVERIFY(!m_view.tabOf(Name));
 }
 
 void TestDriveTakes::recordingGoesWithItsCamera()
@@ -346,77 +330,6 @@ void TestDriveTakes::saveThatTheCameraHoldsBackIsQueued()
     QVERIFY(m_view.pressInRow(file, u"Remove"_s));
     QCOMPARE(SaveFixture::jobs(), QList<SaveJob *>{job});
     QCOMPARE(job->state(), SaveJob::QueuedFW);
-}
-
-void TestDriveTakes::namesAreShownWhole_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("tab");
-    QTest::newRow("not Latin") << u"\u6771\u4eac \u0434\u043e\u043c.vesk"_s << u"\u6771\u4eac \u0434\u043e\u043c.vesk"_s;
-    QTest::newRow("quotes") << u"a 'b' c.vesk"_s << u"a 'b' c.vesk"_s;
-    QTest::newRow("folder") << u"day 1/shot.vesk"_s << u"shot.vesk"_s;
-    QTest::newRow("255 bytes") << QString(250, u'n') + u".vesk"_s << QString(250, u'n') + u".vesk"_s;
-}
-
-void TestDriveTakes::namesAreShownWhole()
-{
-    QFETCH(const QString, name);
-    QFETCH(const QString, tab);
-    q4sim::Config config;
-    config.recordings = {{name, 1735732800, {.first = 0, .last = 9, .triggerNs = 1735732000000000000}}};
-    SsdTake *take = m_view.startWithRecording(name, config);
-    QVERIFY(take);
-    QTRY_VERIFY(m_view.tabOf(tab));
-    QQuickItem *label = ViewFixture::itemWithText(m_view.tabOf(tab), tab);
-    QVERIFY(label);
-    QCOMPARE(label->property("truncated").toBool(), tab.size() > 100);
-    QCOMPARE(m_view.rowText(Section, u"Name"_s), tab.chopped(5));
-    QVERIFY(m_view.clickIn(Section, u"Save..."_s));
-    QTRY_VERIFY(m_view.saveDialog());
-    QCOMPARE(m_view.textOf(u"SSD Take"_s), tab);
-    if (tab.size() > 100) {
-        QTest::mouseMove(m_view.window(), ViewFixture::centre(m_view.window(), m_view.element(tab, QAccessible::PageTab)));
-        QTRY_VERIFY(m_view.showsTooltip(tab));
-    }
-}
-
-void TestDriveTakes::drivePulledWhile_data()
-{
-    QTest::addColumn<QString>("what");
-    for (const QString &what : {u"it plays"_s, u"its menu is open"_s, u"it is about to be saved"_s, u"it is saved"_s})
-        QTest::newRow(qPrintable(what)) << what;
-}
-
-/** The camera closes what lay on the drive. */
-void TestDriveTakes::drivePulledWhile()
-{
-    QFETCH(const QString, what);
-    const QPointer<SsdTake> take = m_view.startWithRecording(u"drop-test.vesk"_s);
-    QVERIFY(take);
-    QVERIFY(m_view.waitForPolls(2));
-    if (what == u"it plays") {
-        take->play();
-    } else if (what == u"its menu is open") {
-        QVERIFY(m_view.click(u"drop-test.vesk"_s, Qt::RightButton));
-        QVERIFY(m_view.offers(u"Close"_s));
-    } else {
-        QVERIFY(m_view.clickIn(Section, u"Save..."_s));
-        QTRY_VERIFY(m_view.saveDialog());
-    }
-    if (what == u"it is saved") {
-        QVERIFY(m_view.typeInto(u"File Name"_s, u"copy"_s));
-        QVERIFY(m_view.press(u"Save"_s));
-        QTRY_COMPARE(SaveFixture::jobs().size(), 1);
-    }
-    QCOMPARE(m_view.simulated()->operate({{u"ssd"_s, u"remove"_s}}), QString());
-    QTRY_VERIFY(!take);
-    QTRY_VERIFY(!m_view.tabOf(u"drop-test.vesk"_s));
-    QTRY_VERIFY(!m_view.saveDialog());
-    if (what == u"it is saved") {
-        SaveJob *job = SaveFixture::jobs().first();
-        QTRY_VERIFY(job->state() == SaveJob::Error || job->state() == SaveJob::Done);
-        QVERIFY(job->state() == SaveJob::Done || !job->error().isEmpty());
-    }
 }
 
 VIEW_TEST_MAIN(TestDriveTakes)

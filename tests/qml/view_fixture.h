@@ -110,6 +110,7 @@ public:
     static QQuickItem *itemWithText(QQuickItem *parent, const QString &text);
     QQuickItem *itemWithText(const QString &text) const;
     bool showsTooltip(const QString &text) const;
+    static bool showsTooltip(QQuickWindow *window, const QString &text);
 
     /** Waits until a menu that opens shows an entry. */
     bool offers(const QString &entry) const;

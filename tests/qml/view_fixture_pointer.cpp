@@ -86,7 +86,12 @@ QQuickItem *ViewFixture::itemWithText(QQuickItem *parent, const QString &text)
 
 bool ViewFixture::showsTooltip(const QString &text) const
 {
-    const QList<QQuickItem *> layers = window()->contentItem()->childItems();
+    return showsTooltip(window(), text);
+}
+
+bool ViewFixture::showsTooltip(QQuickWindow *window, const QString &text)
+{
+    const QList<QQuickItem *> layers = window->contentItem()->childItems();
     return std::any_of(layers.begin(), layers.end(), [&](QQuickItem *layer) {
         return layer->inherits("QQuickOverlay") && itemWithText(layer, text);
     });
