@@ -1,25 +1,12 @@
-#include "app/qml_object_list_model.h"
-#include "camera/camera.h"
-#include "save/save_job.h"
-#include "save/save_manager.h"
-#include "sim/camera_thread.h"
-#include "take/take.h"
-#include "tests/support/camera_polls.h"
 #include "tests/support/http_recorder.h"
 #include "tests/support/vesk_test_main.h"
+#include "tests/take/autosave_case.h"
 
 #include <QDateTime>
 #include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QNetworkReply>
-#include <QPointer>
 #include <QRegularExpression>
 #include <QSet>
-#include <QSignalSpy>
-
-#include <memory>
 
 using namespace Qt::StringLiterals;
 
@@ -38,71 +25,11 @@ static constexpr qint64 GrowthKiB = 4 << 10;
 #endif
 
 /** A camera that is left alone: each finished take goes onto its drive, and the next recording begins. */
-class TestAutosave : public QObject
+class TestAutosave : public QObject, private AutosaveCase
 {
     Q_OBJECT
 
 private:
-    static constexpr auto Address = "127.0.2.26";
-    static constexpr int RecordSize = 32 + 16 * 16;
-
-    std::unique_ptr<q4sim::CameraThread> m_host;
-    std::unique_ptr<Camera> m_camera;
-
-    static q4sim::Config config()
-    {
-        q4sim::Config config;
-        config.address = QHostAddress(QString::fromLatin1(Address));
-        config.discovery = false;
-        config.resolutions = QStringList{u"16x16"_s};
-        config.recordings = {};
-        return config;
-    }
-
-    static void setSettings(bool autosave, bool restart, const QVariant &fileName = QVariant())
-    {
-        VeskApp::instance()->setSetting(u"vesk/x-autosave"_s, autosave);
-        VeskApp::instance()->setSetting(u"vesk/x-autosave_restart"_s, restart);
-        if (fileName.isValid())
-            VeskApp::instance()->setSetting(u"vesk/x-autosave_filename"_s, fileName);
-    }
-
-    static QQmlObjectListModelBase *jobs() { return VeskApp::instance()->saveManager()->saveJobs(); }
-    static SaveJob *job(int row) { return qobject_cast<SaveJob *>(jobs()->get(row)); }
-
-    void start(const q4sim::Config &config)
-    {
-        m_host = std::make_unique<q4sim::CameraThread>(config);
-        QCOMPARE(m_host->listen(), QString());
-        // Short takes: ten frames behind the trigger.
-        QCOMPARE(sim().answer("PUT", u"/acq/trig_offset"_s, "10").status, 200);
-        m_camera = std::make_unique<Camera>(config.address, nullptr);
-        QVERIFY(connects(*m_camera));
-    }
-
-    q4sim::Camera &sim() const { return m_host->camera(); }
-    qsizetype sent(const char *path) const
-    {
-        return sim().requests("POST", QString::fromLatin1(path)).size();
-    }
-    int state() const { return sim().value(u"acq/state"_s).toInt(); }
-
-    /** The trigger comes by a wire, not by the operator. */
-    void triggerRecording()
-    {
-        QTRY_COMPARE(state(), 2);
-        QCOMPARE(sim().answer("POST", u"/trig"_s).status, 200);
-    }
-
-    /** The camera has answered two polls, and what they started is under way. */
-    void poll() { QVERIFY(polls(*m_camera)); }
-
-    QJsonArray recordings() const
-    {
-        const QByteArray list = sim().answer("POST", u"/ssd-ls"_s, "{\"long\": 1}").body;
-        return QJsonDocument::fromJson(list).object()["ssd-ls"].toArray();
-    }
-
     static qint64 residentKiB()
     {
         QFile status(u"/proc/self/status"_s);
@@ -113,19 +40,7 @@ private:
     }
 
 private slots:
-    void cleanup()
-    {
-        m_camera.reset();
-        m_host.reset();
-        setSettings(false, false);
-        VeskApp::instance()->settings()->remove(u"vesk/x-autosave_filename"_s);
-        while (!jobs()->isEmpty()) {
-            const QPointer<SaveJob> ended = job(0);
-            ended->setState(SaveJob::Done);
-            VeskApp::instance()->saveManager()->removeSaveJob(ended);
-            QTRY_VERIFY(!ended);
-        }
-    }
+    void cleanup() { end(); }
 
     void finishedTakeIsSavedDeletedAndFollowedByTheNext()
     {
