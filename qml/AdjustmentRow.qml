@@ -39,19 +39,13 @@ ControlRow {
     Component {
         id: linearSlider
 
-        Slider {
+        VeskSlider {
             from: root.lowest
             to: root.highest
             stepSize: 0.01
-            snapMode: Slider.SnapAlways
             value: root.number
-            focusPolicy: Qt.TabFocus
             Accessible.name: root.label
             onMoved: root.entered(value)
-            onPressedChanged: {
-                if (!pressed)
-                    focus = false;
-            }
         }
     }
     AdjTextField {

@@ -1,10 +1,10 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
-import QtQuick.Controls
+import Vesk
 
 /** Slider over 0.1 to 10 on a logarithmic scale. */
-Slider {
+VeskSlider {
     id: root
 
     required property string name
@@ -28,13 +28,7 @@ Slider {
     from: 0
     to: 1
     stepSize: 0.01
-    snapMode: Slider.SnapAlways
     value: positionOf(number)
-    focusPolicy: Qt.TabFocus
     Accessible.name: root.name
     onMoved: root.numberMoved(root.numberAt(root.value))
-    onPressedChanged: {
-        if (!pressed)
-            focus = false;
-    }
 }

@@ -45,21 +45,16 @@ GridLayout {
         }
         onEntered: number => root.source.playFrRate = number
     }
-    Slider {
+    VeskSlider {
         Layout.column: 1
         Layout.row: 2
         Layout.fillWidth: true
         from: 1
         to: 240
         stepSize: 1
-        snapMode: Slider.SnapAlways
         value: root.playFrRate
         focusPolicy: Qt.StrongFocus
         Accessible.name: qsTr("Play rate")
         onMoved: root.source.playFrRate = value
-        onPressedChanged: {
-            if (!pressed)
-                focus = false;
-        }
     }
 }

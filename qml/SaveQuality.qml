@@ -13,7 +13,7 @@ RowLayout {
 
     spacing: 10
 
-    Slider {
+    VeskSlider {
         id: slider
 
         Layout.fillWidth: true
@@ -21,9 +21,7 @@ RowLayout {
         from: Math.max(to, root.target.worstQuality)
         to: 1
         stepSize: 1
-        snapMode: Slider.SnapAlways
         value: root.target.quality
-        focusPolicy: Qt.TabFocus
         Accessible.name: qsTr("Quality")
         // What was cut off at the end of another codec comes back with this one's.
         onFromChanged: value = Qt.binding(() => root.target.quality)
@@ -31,10 +29,6 @@ RowLayout {
         // The keys go the way of the handle, which is not that of the number.
         Keys.onLeftPressed: root.target.chosenQuality = Math.min(root.target.quality + 1, from)
         Keys.onRightPressed: root.target.chosenQuality = Math.max(root.target.quality - 1, to)
-        onPressedChanged: {
-            if (!pressed)
-                focus = false;
-        }
     }
     Label {
         Layout.preferredWidth: 24

@@ -27,7 +27,8 @@ set(vesk_views
   TakeLockedDialog TakeMenuBar TakesDeleteAllDialog TakesDeleteAllMenuItem TakeTab TakeTabBox TakeView
   TransformButton TransportButton UnitsComboBox UnitsComboField UnitsComboRow UnitsTextField VeskButton
   VeskFileCloseMenuItem VeskFileControlBar VeskFileMenuBar VeskFileOpenDialog VeskFileOpenMenuItem
-  VeskFileTab VeskFileView VeskMenuBar VeskSpinBox VeskTabBar VideoControl ViewMenu WholeNumberValidator
+  VeskFileTab VeskFileView VeskMenuBar VeskSlider VeskSpinBox VeskTabBar VideoControl ViewMenu
+  WholeNumberValidator
   ZoomMenuItem)
 
 set(vesk_qml_files)
