@@ -13,15 +13,16 @@ Banner {
 
     implicitWidth: 192
 
+    // The whole width but the border and a pixel: the longest percentage just has room beside the words.
     BannerText {
         anchors.left: parent.left
-        anchors.leftMargin: 4
+        anchors.leftMargin: 3
         anchors.verticalCenter: parent.verticalCenter
         text: qsTr("SAVE IN PROGRESS...")
     }
     BannerText {
         anchors.right: parent.right
-        anchors.rightMargin: 4
+        anchors.rightMargin: 3
         anchors.verticalCenter: parent.verticalCenter
         text: root.progress.toFixed(0) + "%"
         font.features: { "tnum": 1 }
