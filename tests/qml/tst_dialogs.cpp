@@ -4,6 +4,7 @@
 #include "tests/qml/view_test_main.h"
 
 #include <QQuickWindow>
+#include <QUdpSocket>
 
 using namespace Qt::StringLiterals;
 
@@ -16,7 +17,9 @@ private slots:
     void cleanup();
 
     void recordWithoutRoomIsRefused();
+    void blackReferenceWithoutASlotIsRefused_data();
     void blackReferenceWithoutASlotIsRefused();
+    void camerasAreLookedForAtEachPress();
     void connectDialogStaysOpenAndConnects();
     void connectDialogTakesAddressesOnly();
     void renamedCameraKeepsItsName();
@@ -50,8 +53,16 @@ void TestDialogs::recordWithoutRoomIsRefused()
     QCOMPARE(simulated->requests("POST", u"/rec"_s).size(), 0);
 }
 
+void TestDialogs::blackReferenceWithoutASlotIsRefused_data()
+{
+    QTest::addColumn<bool>("byMouse");
+    QTest::newRow("closed by Escape") << false;
+    QTest::newRow("closed by its button") << true;
+}
+
 void TestDialogs::blackReferenceWithoutASlotIsRefused()
 {
+    QFETCH(const bool, byMouse);
     q4sim::Camera *simulated = m_view.startWithCamera();
     QVERIFY(simulated);
     simulated->forceValue(u"acq/bref_state"_s, Camera::BrefFull);
@@ -62,9 +73,44 @@ void TestDialogs::blackReferenceWithoutASlotIsRefused()
     QCOMPARE(dialog->size(), QSize(240, 100));
     QVERIFY(ViewFixture::element(
         dialog, u"No black reference slots remaining! Delete saved takes to clear slots."_s));
-    QTest::keyClick(dialog, Qt::Key_Escape);
+    if (byMouse)
+        QVERIFY(ViewFixture::click(dialog, u"OK"_s));
+    else
+        QTest::keyClick(dialog, Qt::Key_Escape);
     QTRY_VERIFY(!m_view.dialog(u"VESK"_s));
     QCOMPARE(simulated->requests("POST", u"/bref"_s).size(), 0);
+}
+
+/** On the private network of the build environment, as a camera would hear it. */
+void TestDialogs::camerasAreLookedForAtEachPress()
+{
+    QUdpSocket camera;
+    QVERIFY2(camera.bind(QHostAddress(u"10.77.0.255"_s), 8890,
+                         QAbstractSocket::ShareAddress | QAbstractSocket::ReuseAddressHint),
+             "the private network is missing: run the tests with ./dev test");
+    QByteArrayList heard;
+    connect(&camera, &QUdpSocket::readyRead, this, [&] {
+        while (camera.hasPendingDatagrams()) {
+            QByteArray word(camera.pendingDatagramSize(), '\0');
+            QHostAddress from;
+            camera.readDatagram(word.data(), word.size(), &from);
+            if (from.toString() == "10.77.0.1"_L1)
+                heard.append(word);
+        }
+    });
+    m_view.open();
+    QVERIFY(m_view.click(u"Add source"_s));
+    QVERIFY(m_view.click(u"Connect Camera..."_s));
+    QTRY_VERIFY(m_view.dialog(u"Connect Camera"_s));
+    QCOMPARE(heard, QByteArrayList());
+    for (int press = 0; press < 2; ++press) {
+        heard.clear();
+        QVERIFY(ViewFixture::click(m_view.dialog(u"Connect Camera"_s), u"Scan for Cameras"_s));
+        QTRY_COMPARE_WITH_TIMEOUT(heard, QByteArrayList(2, "VESK_BCAST\n"), 10'000);
+        // Replies are waited for as long as from one round to the next; then the search has ended.
+        QTest::qWait(1500);
+        QCOMPARE(heard.size(), 2);
+    }
 }
 
 void TestDialogs::connectDialogStaysOpenAndConnects()

@@ -29,6 +29,7 @@ private slots:
     void lensThatDoesNotFocusIsManual();
     void stopIsHiddenWithoutTheFeature();
     void stopOutsideOfTheListShows();
+    void typedStopShowsBeforeTheCameraTells();
     void shutterMovesAndTellsTheOtherWay();
     void failedShutterCanBeOpened();
     void shutterIsDisabledWithoutTheFeature();
@@ -247,6 +248,23 @@ void TestLensPanel::stopOutsideOfTheListShows()
     simulated->forceValue(u"lens/fstop"_s, 3.4);
     QVERIFY(m_view.waitForPolls(2));
     QTRY_COMPARE(m_view.fieldText(Lens, u"F-stop"_s), u"3.4"_s);
+}
+
+/** The camera does not answer any more, and no list has such a stop. */
+void TestLensPanel::typedStopShowsBeforeTheCameraTells()
+{
+    q4sim::Camera *simulated = m_view.startWithCamera();
+    QVERIFY(simulated);
+    QTRY_COMPARE(m_view.fieldText(Lens, u"F-stop"_s), u"4"_s);
+    simulated->setFault(q4sim::Route::Status, {.kind = q4sim::FaultKind::NoAnswer});
+    for (const QString &stop : {u"3.3"_s, u"6.7"_s}) {
+        QVERIFY(m_view.type(Lens, u"F-stop"_s, stop));
+        QCOMPARE(m_view.fieldText(Lens, u"F-stop"_s), stop);
+        QVERIFY(!m_view.field(Lens, u"F-stop"_s)->hasActiveFocus());
+        QCOMPARE(m_view.camera()->fstopIndex(), -1);
+        ViewFixture::settle(m_view.window());
+        QCOMPARE(m_view.fieldText(Lens, u"F-stop"_s), stop);
+    }
 }
 
 void TestLensPanel::shutterMovesAndTellsTheOtherWay()

@@ -20,6 +20,8 @@ private slots:
     void rateFieldShowsTwoDecimalsAtMost();
     void typedRateIsWritten();
     void rateSliderWritesWholeRates();
+    void glyphStandsBesideItsField_data();
+    void glyphStandsBesideItsField();
 
 private:
     PlaybackFixture m_view;
@@ -123,6 +125,31 @@ void TestPlaybackPace::rateSliderWritesWholeRates()
     source->setPlayFrRate(1000);
     QCOMPARE(slider->property("value"), 240.0);
     QCOMPARE(source->playFrRate(), 1000.0);
+}
+
+void TestPlaybackPace::glyphStandsBesideItsField_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("glyph");
+    QTest::newRow("step") << u"Play step"_s << u"\uF318"_s;
+    QTest::newRow("rate") << u"Play rate"_s << u"\uF371"_s;
+}
+
+void TestPlaybackPace::glyphStandsBesideItsField()
+{
+    QFETCH(const QString, name);
+    QFETCH(const QString, glyph);
+    QVERIFY(m_view.startPaused(0, 100));
+    ViewFixture::settle(m_view.window());
+    QQuickItem *icon = m_view.itemWithText(glyph);
+    QVERIFY(icon);
+    QCOMPARE(icon->property("font").value<QFont>().family(), u"remixicon"_s);
+    QAccessibleInterface *field = m_view.element(name, QAccessible::EditableText);
+    const QPoint place = icon->mapToScene({icon->width(), icon->height() / 2}).toPoint();
+    const int middle = ViewFixture::centre(m_view.window(), field).y();
+    QVERIFY2(qAbs(place.y() - middle) <= 2, qPrintable(u"%1 beside %2"_s.arg(place.y()).arg(middle)));
+    const int gap = m_view.window()->mapFromGlobal(field->rect().topLeft()).x() - place.x();
+    QVERIFY2(gap >= 0 && gap <= 20, qPrintable(QString::number(gap)));
 }
 
 VIEW_TEST_MAIN(TestPlaybackPace)

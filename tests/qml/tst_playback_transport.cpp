@@ -25,6 +25,7 @@ private slots:
     void onlyTheButtonOfTheStateShowsPause();
     void playButtonsChangeOverWithoutAPause();
     void repeatButtonTogglesTheMode();
+    void secondRowShowsItsGlyphs();
     void stepButtonsStepOneFrameAndRoundTheEnds();
     void triggerButtonShowsFrameZero();
     void triggerButtonNeedsFrameZeroInTheRange_data();
@@ -125,6 +126,25 @@ void TestPlaybackTransport::repeatButtonTogglesTheMode()
     QVERIFY(m_view.press(u"Repeat back and forth"_s));
     QCOMPARE(source->repeatMode(), PlaybackVeskObject::RepeatLoop);
     m_view.release();
+}
+
+void TestPlaybackTransport::secondRowShowsItsGlyphs()
+{
+    QVERIFY(m_view.startPaused(0, 100));
+    const QList<std::pair<QString, QString>> buttons = {{u"Skip back"_s, u"\uF13F"_s},
+                                                        {u"Step back"_s, u"\uF54D"_s},
+                                                        {u"Go to the trigger"_s, u"\uF201"_s},
+                                                        {u"Step forward"_s, u"\uF54E"_s},
+                                                        {u"Skip forward"_s, u"\uF143"_s}};
+    QPoint before(-1, m_view.middle(u"Skip back"_s).y());
+    for (const auto &[name, glyph] : buttons) {
+        QCOMPARE(m_view.shownText(name), glyph);
+        // From left to right, in one row.
+        const QPoint place = m_view.middle(name);
+        QVERIFY(place.x() > before.x());
+        QCOMPARE(place.y(), before.y());
+        before = place;
+    }
 }
 
 void TestPlaybackTransport::stepButtonsStepOneFrameAndRoundTheEnds()

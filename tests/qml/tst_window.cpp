@@ -2,6 +2,7 @@
 #include "sim/camera.h"
 #include "tests/qml/view_fixture.h"
 #include "tests/qml/view_test_main.h"
+#include "tests/support/url_catcher.h"
 
 #include <QElapsedTimer>
 #include <QQuickItem>
@@ -20,6 +21,8 @@ private slots:
     void cleanup();
 
     void aboutViewTellsTheProduct();
+    void creditsOpenBy_data();
+    void creditsOpenBy();
     void everyMenuIsThere();
     void fileMenuOffersConnectAndExitWithoutASource();
     void fileMenuOfACameraOffersDisconnect();
@@ -34,11 +37,13 @@ private slots:
     void iconIsRedWhileRecording_data();
     void iconIsRedWhileRecording();
     void iconBlinksAfterTheTrigger();
+    void iconBlinksEvenlyForLong();
     void saveToTheDriveShowsInTheTab();
     void addButtonOffersToConnect();
     void firstStartIsCentredAtTheMinimumSize();
     void closedWindowComesBackWhereItWas();
-    void maximizedWindowStoresTheMinimumSizeCentred();
+    void minimumSizeIsStoredCentredOf_data();
+    void minimumSizeIsStoredCentredOf();
     void maximizedWindowStartsMaximized();
 
 private:
@@ -78,6 +83,32 @@ void TestWindow::aboutViewTellsTheProduct()
     const QPoint credits = ViewFixture::centre(m_view.window(), m_view.element(u"Credits"_s));
     QTest::mouseMove(m_view.window(), credits);
     QTRY_COMPARE(m_view.window()->cursor().shape(), Qt::PointingHandCursor);
+}
+
+void TestWindow::creditsOpenBy_data()
+{
+    QTest::addColumn<int>("key");
+    QTest::newRow("click") << 0;
+    QTest::newRow("Space") << int(Qt::Key_Space);
+    QTest::newRow("Return") << int(Qt::Key_Return);
+}
+
+void TestWindow::creditsOpenBy()
+{
+    QFETCH(const int, key);
+    const UrlCatcher opened;
+    m_view.open();
+    QAccessibleInterface *credits = m_view.element(u"Credits"_s, QAccessible::Link);
+    QVERIFY(credits);
+    if (key == 0)
+        QVERIFY(ViewFixture::click(m_view.window(), credits));
+    for (int i = 0; key != 0 && i < 20 && m_view.window()->activeFocusItem() != credits->object(); ++i)
+        QTest::keyClick(m_view.window(), Qt::Key_Tab);
+    QCOMPARE(opened.urls.size(), key == 0 ? 1 : 0);
+    if (key != 0)
+        QTest::keyClick(m_view.window(), Qt::Key(key));
+    QTRY_COMPARE(opened.urls.size(), 1);
+    QCOMPARE(opened.urls[0].adjusted(QUrl::NormalizePathSegments), QUrl(u"file:CREDITS.txt"_s));
 }
 
 void TestWindow::everyMenuIsThere()
@@ -259,6 +290,25 @@ void TestWindow::iconBlinksAfterTheTrigger()
     QVERIFY2(sinceRed.elapsed() <= 4 * 666, qPrintable(QString::number(sinceRed.elapsed())));
 }
 
+void TestWindow::iconBlinksEvenlyForLong()
+{
+    q4sim::Camera *simulated = simulate(u"127.0.14.1"_s);
+    QVERIFY(simulated);
+    m_view.open();
+    QVERIFY(m_view.connectTo(u"127.0.14.1"_s));
+    QSignalSpy changed(m_view.itemWithText(u"\uF288"_s), SIGNAL(colorChanged()));
+    simulated->forceValue(u"acq/state"_s, 3);
+    QVERIFY(changed.wait());
+    changed.clear();
+    QElapsedTimer time;
+    time.start();
+    QTRY_VERIFY_WITH_TIMEOUT(changed.size() >= 24, 20'000);
+    // 24 half cycles of 333 ms. A frame of the window may be waited for in each, and some are late when the
+    // machine is busy, but none is early.
+    QVERIFY2(time.elapsed() >= 24 * 330, qPrintable(QString::number(time.elapsed())));
+    QVERIFY2(time.elapsed() <= 24 * 420, qPrintable(QString::number(time.elapsed())));
+}
+
 void TestWindow::saveToTheDriveShowsInTheTab()
 {
     q4sim::Camera *simulated = simulate(u"127.0.14.1"_s);
@@ -308,14 +358,24 @@ void TestWindow::closedWindowComesBackWhereItWas()
     QCOMPARE(m_view.window()->geometry(), QRect(31, 47, 1300, 760));
 }
 
-void TestWindow::maximizedWindowStoresTheMinimumSizeCentred()
+void TestWindow::minimumSizeIsStoredCentredOf_data()
 {
+    QTest::addColumn<QWindow::Visibility>("visibility");
+    QTest::newRow("a maximized window") << QWindow::Maximized;
+    QTest::newRow("a minimized window") << QWindow::Minimized;
+}
+
+void TestWindow::minimumSizeIsStoredCentredOf()
+{
+    QFETCH(const QWindow::Visibility, visibility);
     m_view.open();
     const QSize screen = m_view.window()->screen()->size();
-    m_view.window()->showMaximized();
-    QTRY_COMPARE(m_view.window()->visibility(), QWindow::Maximized);
+    m_view.window()->setGeometry(31, 47, 1300, 760);
+    QTRY_COMPARE(m_view.window()->geometry(), QRect(31, 47, 1300, 760));
+    m_view.window()->setVisibility(visibility);
+    QTRY_COMPARE(m_view.window()->visibility(), visibility);
     m_view.window()->close();
-    QCOMPARE(VeskApp::instance()->setting(u"window/maximized"_s), true);
+    QCOMPARE(VeskApp::instance()->setting(u"window/maximized"_s), visibility == QWindow::Maximized);
     QCOMPARE(VeskApp::instance()->setting(u"window/width"_s), 1280);
     QCOMPARE(VeskApp::instance()->setting(u"window/height"_s), 720);
     QCOMPARE(VeskApp::instance()->setting(u"window/x"_s), screen.width() / 2 - 640);

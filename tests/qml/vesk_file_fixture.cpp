@@ -40,6 +40,7 @@ QByteArray VeskFileFixture::bytes(const Recording &recording)
                                                      {u"model"_s, u"Q4"_s},
                                                      {u"cfa"_s, recording.cfa},
                                                      {u"fw_ver"_s, u"3.2.1"_s}}},
+                           {u"adjust"_s, QJsonObject{{u"cfa"_s, recording.cfa}}},
                            {u"meta"_s, QJsonObject{{u"size"_s, 8}, {u"year_offset"_s, 1767225600}}},
                            {u"lens"_s, recording.lens}};
     QByteArray frames;
