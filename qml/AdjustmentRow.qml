@@ -1,7 +1,6 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
-import QtQuick.Controls
 import Vesk
 
 /** One number of a picture's adjustment: a slider and, under it, a field. Only the user's action writes. */
