@@ -24,7 +24,6 @@ private slots:
 
 private:
     q4sim::Camera *startAtRest(const QString &token);
-    bool clickArrow(const QString &line, const QString &label, bool up) const;
 
     ViewFixture m_view;
 };
@@ -43,20 +42,6 @@ q4sim::Camera *TestEveryLine::startAtRest(const QString &token)
         simulated->answer("PUT", u"/io/%1/signal"_s.arg(token), "\"\"").status != 200)
         return nullptr;
     return m_view.waitForPolls(2) ? simulated : nullptr;
-}
-
-bool TestEveryLine::clickArrow(const QString &line, const QString &label, bool up) const
-{
-    QAccessibleInterface *box = m_view.inSection(line, label, QAccessible::SpinBox);
-    if (!box)
-        return false;
-    ViewFixture::reveal(box);
-    ViewFixture::settle(m_view.window());
-    const QPoint centre = ViewFixture::centre(m_view.window(), box);
-    const int off = box->rect().height() / 4;
-    const QPoint arrow(centre.x() + box->rect().width() / 2 - 8, centre.y() + (up ? -off : off));
-    QTest::mouseClick(m_view.window(), Qt::LeftButton, {}, arrow);
-    return true;
 }
 
 void TestEveryLine::controlsWriteTheirOwnLine_data()
@@ -117,16 +102,16 @@ void TestEveryLine::arrowsStepUpAndDown()
         QTRY_COMPARE(m_view.fieldText(line, label), u"Disabled"_s);
         QVERIFY(m_view.type(line, label, u"2 us"_s));
         QTRY_COMPARE(held(), 250);
-        QVERIFY(clickArrow(line, label, true));
+        QVERIFY(m_view.clickArrow(line, label, true));
         QTRY_COMPARE(held(), 375);
-        QVERIFY(clickArrow(line, label, false));
+        QVERIFY(m_view.clickArrow(line, label, false));
         QTRY_COMPARE(held(), 250);
-        QVERIFY(clickArrow(line, label, false));
+        QVERIFY(m_view.clickArrow(line, label, false));
         QTRY_COMPARE(held(), 125);
         QCOMPARE(m_view.fieldText(line, label), u"1.000 us"_s);
         // Below nothing there is nothing.
-        QVERIFY(clickArrow(line, label, false));
-        QVERIFY(clickArrow(line, label, false));
+        QVERIFY(m_view.clickArrow(line, label, false));
+        QVERIFY(m_view.clickArrow(line, label, false));
         QTRY_COMPARE(held(), 0);
         QCOMPARE(m_view.fieldText(line, label), u"Disabled"_s);
     }

@@ -228,6 +228,10 @@ void TestPlaybackSections::searchSettingsAreWritten()
     QCOMPARE(m_view.fieldText(u"Image Search"_s, u"Frame Step"_s), u"100"_s);
     QVERIFY(m_view.type(u"Image Search"_s, u"Frame Step"_s, u"2147483647"_s));
     QCOMPARE(search->step(), 2'147'483'647);
+    QVERIFY(m_view.clickArrow(u"Image Search"_s, u"Frame Step"_s, false));
+    QCOMPARE(search->step(), 2'147'483'646);
+    QVERIFY(m_view.clickArrow(u"Image Search"_s, u"Frame Step"_s, true));
+    QCOMPARE(search->step(), 2'147'483'647);
     QCOMPARE(m_view.fieldText(u"Image Search"_s, u"Threshold"_s), u"0.50"_s);
     QVERIFY(m_view.type(u"Image Search"_s, u"Threshold"_s, u"0.25"_s));
     QCOMPARE(search->threshold(), 0.25);

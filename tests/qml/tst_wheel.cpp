@@ -27,12 +27,13 @@ private slots:
     void scrollBarScrolls();
 
 private:
-    enum What { Panel, Tabs, Saves, Listing };
+    enum What { Panel, Tabs, Saves, Listing, Dialog };
     QQuickItem *start(int what);
     static QQuickItem *viewOf(QAccessibleInterface *inside);
     QQuickItem *startTabs();
     QQuickItem *startSaves();
     QQuickItem *startListing();
+    QQuickItem *startDialog();
 
     AnySourceFixture m_view;
 };
@@ -58,6 +59,8 @@ QQuickItem *TestWheel::start(int what)
         view = startSaves();
     else if (what == Listing)
         view = startListing();
+    else if (what == Dialog)
+        view = startDialog();
     if (view)
         ViewFixture::settle(view->window());
     return view;
@@ -104,6 +107,20 @@ QQuickItem *TestWheel::startListing()
     return viewOf(m_view.inListing(u"shot10.vesk"_s, QAccessible::ListItem));
 }
 
+/** As on a display that is too small for it. */
+QQuickItem *TestWheel::startDialog()
+{
+    if (!m_view.startWithTake(1) || !m_view.openSave())
+        return nullptr;
+    QQuickWindow *dialog = m_view.saveDialog();
+    dialog->setMinimumHeight(250);
+    dialog->setMaximumHeight(250);
+    dialog->resize(dialog->width(), 250);
+    return QTest::qWaitFor([dialog] { return dialog->height() == 250; })
+               ? viewOf(ViewFixture::element(dialog, u"File Name"_s, QAccessible::EditableText))
+               : nullptr;
+}
+
 void TestWheel::wheelScrolls_data()
 {
     QTest::addColumn<int>("what");
@@ -111,6 +128,7 @@ void TestWheel::wheelScrolls_data()
     QTest::newRow("tabs") << int(Tabs);
     QTest::newRow("saves") << int(Saves);
     QTest::newRow("recordings on the drive") << int(Listing);
+    QTest::newRow("save dialog") << int(Dialog);
 }
 
 void TestWheel::wheelScrolls()
@@ -138,6 +156,7 @@ void TestWheel::scrollBarScrolls_data()
     QTest::newRow("tabs") << int(Tabs);
     QTest::newRow("saves") << int(Saves);
     QTest::newRow("recordings on the drive") << int(Listing);
+    QTest::newRow("save dialog") << int(Dialog);
 }
 
 void TestWheel::scrollBarScrolls()

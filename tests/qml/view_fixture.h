@@ -84,6 +84,8 @@ public:
     QString choice(const QString &section, const QString &label) const;
     /** Clicks the arrow of a box. */
     bool openList(const QString &section, const QString &label) const;
+    /** Clicks one of the arrows of a box of numbers. */
+    bool clickArrow(const QString &section, const QString &label, bool up) const;
     /** Opens the box and clicks an entry. */
     bool choose(const QString &section, const QString &label, const QString &entry) const;
     /** The text input of a field, or of a box that has one. */

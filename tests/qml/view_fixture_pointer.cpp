@@ -159,3 +159,17 @@ bool ViewFixture::clickInDrawn(const QString &text, const QWindow *besides) cons
     QTest::mouseClick(item->window(), Qt::LeftButton, {}, middle.toPoint());
     return true;
 }
+
+bool ViewFixture::clickArrow(const QString &section, const QString &label, bool up) const
+{
+    QAccessibleInterface *box = inSection(section, label, QAccessible::SpinBox);
+    if (!box)
+        return false;
+    reveal(box);
+    settle(window());
+    const QPoint centre = centre(window(), box);
+    const int off = box->rect().height() / 4;
+    const QPoint arrow(centre.x() + box->rect().width() / 2 - 8, centre.y() + (up ? -off : off));
+    QTest::mouseClick(window(), Qt::LeftButton, {}, arrow);
+    return true;
+}
