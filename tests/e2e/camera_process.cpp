@@ -124,3 +124,18 @@ bool CameraProcess::makeTake(const QByteArray &order)
 {
     return m_client.post(u"/sim/take"_s, order) == 200;
 }
+
+bool CameraProcess::trigger()
+{
+    return m_client.post(u"/trig"_s) == 200;
+}
+
+QStringList CameraProcess::recordings()
+{
+    QStringList names;
+    const QJsonArray listed =
+        m_client.send("POST", u"/ssd-ls"_s, "{\"long\": 1}").json()["ssd-ls"_L1].toArray();
+    for (const QJsonValue recording : listed)
+        names.append(recording.isString() ? recording.toString() : recording["name"_L1].toString());
+    return names;
+}

@@ -44,6 +44,10 @@ public:
     bool clearFaults();
     /// An order as in sim/footage.h; the camera has that take at once.
     bool makeTake(const QByteArray &order);
+    /// The trigger comes by a wire.
+    bool trigger();
+    /// Names of the recordings on its drive.
+    QStringList recordings();
     bool force(const QString &path, const QByteArray &json);
 
 private:

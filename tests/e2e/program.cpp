@@ -33,6 +33,13 @@ bool Program::start(const QString &display)
     return m_process.waitForStarted(10000);
 }
 
+bool Program::keepSettings(const QByteArray &json) const
+{
+    const QString folder = m_folder + u"/Morvane"_s;
+    QFile file(folder + u"/VESK.json"_s);
+    return QDir().mkpath(folder) && file.open(QIODevice::WriteOnly) && file.write(json) == json.size();
+}
+
 std::optional<int> Program::exitCode(int ms)
 {
     if (running() && !m_process.waitForFinished(ms))

@@ -10,6 +10,8 @@ public:
     explicit Program(const QString &folder) : m_folder(folder) {}
 
     bool start(const QString &display);
+    /// Puts settings in the place of those that are kept, before it starts.
+    bool keepSettings(const QByteArray &json) const;
     /// Where choices of files begin; it is empty at first.
     QString workingFolder() const { return m_folder + QStringLiteral("/work"); }
     /// Where saves go unless another folder is chosen.

@@ -12,6 +12,8 @@ public:
     /// take.
     bool open(QPoint button, bool ofFile = false);
     bool setName(const QString &name) const;
+    /// Of a take: 0 a file, 1 the camera's drive.
+    bool setDestination(int index) const { return pick(destinationBox, index); }
     /// 0 native files, 1 AVI, 2 MP4, 3 images.
     bool setFormat(int index) const { return pick(formatBox, index); }
     /// 0 a file, 1 the camera's drive.
