@@ -16,8 +16,6 @@ public:
     bool setDestination(int index) const { return pick(destinationBox, index); }
     /// 0 native files, 1 AVI, 2 MP4, 3 images.
     bool setFormat(int index) const { return pick(formatBox, index); }
-    /// 0 a file, 1 the camera's drive.
-    bool setDestination(int index) const { return pick(destinationBox, index); }
     /// In the order of the list.
     bool setCodec(int index) const { return pick(codecBox, index); }
     void keepPicture(const QString &name) const { m_session.screen.keepPicture(name); }
