@@ -167,9 +167,9 @@ bool ViewFixture::clickArrow(const QString &section, const QString &label, bool 
         return false;
     reveal(box);
     settle(window());
-    const QPoint centre = centre(window(), box);
+    const QPoint middle = centre(window(), box);
     const int off = box->rect().height() / 4;
-    const QPoint arrow(centre.x() + box->rect().width() / 2 - 8, centre.y() + (up ? -off : off));
+    const QPoint arrow(middle.x() + box->rect().width() / 2 - 8, middle.y() + (up ? -off : off));
     QTest::mouseClick(window(), Qt::LeftButton, {}, arrow);
     return true;
 }
