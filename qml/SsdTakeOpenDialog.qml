@@ -24,8 +24,7 @@ DialogWindow {
     minimumHeight: 300
     maximumWidth: 16777215
     maximumHeight: 16777215
-    Component.onCompleted: SsdListings.add(root.camera, root)
-    Component.onDestruction: SsdListings.remove(root)
+    Component.onCompleted: root.entries.shownBy = root
 
     ListBox {
         anchors.fill: parent

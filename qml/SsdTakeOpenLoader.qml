@@ -1,5 +1,6 @@
 pragma ComponentBehavior: Bound
 
+import QtQuick
 import Vesk
 
 /** Holds the listing of a camera's drive, while it is open. */
@@ -12,7 +13,7 @@ DialogLoader {
     /** Opens the listing as the drive is now, or brings up the one that was opened elsewhere. */
     function list() {
         root.camera.ssdLs();
-        const dialog = SsdListings.of(root.camera);
+        const dialog = root.camera.ssdLsEntries.shownBy as Window;
         if (dialog) {
             dialog.raise();
             dialog.requestActivate();

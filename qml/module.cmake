@@ -1,6 +1,6 @@
 # The views as the QML module Vesk 1.0. Included from the top, because the module's generated files belong to
 # the directory of their target.
-set(vesk_singletons App SsdListings Theme)
+set(vesk_singletons App Theme)
 set(vesk_views
   AboutMenuBar AboutText AboutView AdjTextField AdjustmentRow AllTakesRecordedDialog Banner BannerText
   BrefBanner BrefModeRow BrefSlotsFullDialog CameraAcqControl CameraAcqSettings CameraConnectDialog

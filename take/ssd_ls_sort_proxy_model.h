@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QPointer>
 #include <QSortFilterProxyModel>
 #include <QtQmlIntegration>
 
@@ -17,6 +18,7 @@ class SsdLsSortProxyModel : public QSortFilterProxyModel
     QML_UNCREATABLE("")
     Q_PROPERTY(int selectedCount READ selectedCount NOTIFY selectedCountChanged)
     Q_PROPERTY(int sortMode READ sortMode WRITE setSortMode NOTIFY sortModeChanged)
+    Q_PROPERTY(QObject *shownBy MEMBER m_shownBy NOTIFY shownByChanged)
 
 public:
     enum SortMode {
@@ -41,6 +43,7 @@ public:
 signals:
     void selectedCountChanged();
     void sortModeChanged();
+    void shownByChanged();
 
 protected:
     bool lessThan(const QModelIndex &left, const QModelIndex &right) const override;
@@ -48,4 +51,6 @@ protected:
 private:
     SsdLsListModel *m_entries;
     int m_sortMode = NameSortAscending;
+    /** The window that the operator has open: one, however many ways there are to open it. */
+    QPointer<QObject> m_shownBy;
 };

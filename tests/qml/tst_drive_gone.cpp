@@ -151,12 +151,12 @@ void TestDriveGone::secondCloseChangesNothing()
     const QPointer<SsdTake> take = m_view.startWithRecording(Name);
     QVERIFY(take);
     const QByteArray body = "{\"take\":" + QByteArray::number(take->takeId()) + '}';
-    m_view.simulated()->setFault(Route::SsdFclose, {.kind = FaultKind::Delay, .ms = 4000});
+    m_view.simulated()->setFault(Route::SsdFclose, {.kind = FaultKind::Delay, .ms = 10'000});
     QVERIFY(pickClose());
     QVERIFY(pickClose());
     QTRY_COMPARE(ViewFixture::bodies(*m_view.simulated(), "POST", u"/ssd-fclose"_s),
                  QByteArrayList({body, body}));
-    QTRY_COMPARE_WITH_TIMEOUT(selected(), m_view.camera(), 20'000);
+    QTRY_COMPARE_WITH_TIMEOUT(selected(), m_view.camera(), 40'000);
     QTRY_VERIFY(!take);
     QVERIFY(!m_view.tabOf(Name));
     QVERIFY(m_view.waitForPolls(3));

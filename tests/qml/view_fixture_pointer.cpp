@@ -1,5 +1,6 @@
 #include "tests/qml/view_fixture.h"
 
+#include <QPointer>
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QSignalSpy>
@@ -40,13 +41,18 @@ void ViewFixture::reveal(QAccessibleInterface *element)
 
 bool ViewFixture::click(QWindow *window, QAccessibleInterface *target, Qt::MouseButton button)
 {
+    // What is to be clicked may go meanwhile, and the element with it.
+    const QPointer<QObject> object = target->object();
     settle(window);
-    reveal(target);
+    if (object)
+        reveal(target);
     settle(window);
     // A list that opens moves its entries until it has its place.
-    QPoint point = centre(window, target);
+    QPoint point = object ? centre(window, target) : QPoint();
     for (int frame = 0; frame < 20; ++frame) {
         settle(window);
+        if (!object)
+            return false;
         const QPoint now = centre(window, target);
         if (std::exchange(point, now) == now)
             break;
