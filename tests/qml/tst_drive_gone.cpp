@@ -153,7 +153,8 @@ void TestDriveGone::secondCloseChangesNothing()
     const QByteArray body = "{\"take\":" + QByteArray::number(take->takeId()) + '}';
     m_view.simulated()->setFault(Route::SsdFclose, {.kind = FaultKind::Delay, .ms = 10'000});
     QVERIFY(pickClose());
-    QVERIFY(pickClose());
+    // On a slow machine the menu of before may still be going, and its entry with it.
+    QTRY_VERIFY(pickClose());
     QTRY_COMPARE(ViewFixture::bodies(*m_view.simulated(), "POST", u"/ssd-fclose"_s),
                  QByteArrayList({body, body}));
     QTRY_COMPARE_WITH_TIMEOUT(selected(), m_view.camera(), 40'000);
