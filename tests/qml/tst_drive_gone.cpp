@@ -62,8 +62,9 @@ bool TestDriveGone::use(int what)
             !QTest::qWaitFor([this] { return m_view.saveDialog() != nullptr; }))
             return false;
         return what == AboutToBeSaved ||
-               (m_view.typeInto(u"File Name"_s, u"copy"_s) && m_view.press(u"Save"_s) &&
-                QTest::qWaitFor([] { return SaveFixture::jobs().size() == 1; }));
+               (m_view.typeInto(u"File Name"_s, u"copy"_s) && m_view.press(u"Save"_s) && QTest::qWaitFor([] {
+                    return SaveFixture::jobs().size() == 1 && SaveFixture::jobs().first()->progress() > 0;
+                }));
     default:
         return PlaybackInHand::use(m_view, what);
     }
@@ -154,7 +155,7 @@ void TestDriveGone::secondCloseChangesNothing()
     m_view.simulated()->setFault(Route::SsdFclose, {.kind = FaultKind::Delay, .ms = 10'000});
     QVERIFY(pickClose());
     // On a slow machine the menu of before may still be going, and its entry with it.
-    QTRY_VERIFY(pickClose());
+    QVERIFY(QTest::qWaitFor([this] { return pickClose(); }));
     QTRY_COMPARE(ViewFixture::bodies(*m_view.simulated(), "POST", u"/ssd-fclose"_s),
                  QByteArrayList({body, body}));
     QTRY_COMPARE_WITH_TIMEOUT(selected(), m_view.camera(), 40'000);
