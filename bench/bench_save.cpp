@@ -273,7 +273,6 @@ void measureWindow(char **argv, const QString &address, qint64 frames, const QSt
                                u"cancelled_<fr>"_s, folder));
         SaveJob *images = save(file.get(), file->frCntValue()->variant().toInt(), Util::FormatTiff,
                                u"image_<fr>"_s, folder);
-        cancelInTheMiddle(saveFilm(file.get(), FilmFrames, Util::CodecAV1_YUV420P, folder));
         SaveJob *film = saveFilm(file.get(), FilmFrames, Util::CodecAV1_YUV420P, folder);
         waitFor(native, SaveJob::Done);
         waitFor(images, SaveJob::Done);

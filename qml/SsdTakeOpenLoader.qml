@@ -14,7 +14,7 @@ DialogLoader {
     function list() {
         root.camera.ssdLs();
         const dialog = root.camera.ssdLsEntries.shownBy as Window;
-        if (dialog) {
+        if (dialog?.visible) {
             dialog.raise();
             dialog.requestActivate();
         } else {
