@@ -169,6 +169,9 @@ public:
 
     int getFrame(RawFrame *rawFrame) override;
 
+    /** Sends a command with its JSON body; the caller sees to the end of the reply, whose size is limited. */
+    QNetworkReply *postCommand(const QString &path, const QByteArray &body);
+
     /**
      * What a drive tells of its recordings: objects, or names alone from older firmware. Anything else is no
      * entry and takes no number.
@@ -296,7 +299,6 @@ private:
     /** A status that is asked for from now on knows of all recordings that are open. */
     void expectSsdTakes();
     QString settingsKey(const QString &key) const;
-    QNetworkReply *postCommand(const QString &path, const QByteArray &body);
     void sendCommand(const QString &path, const QByteArray &body = {});
     bool readReply(QNetworkReply *reply, QJsonDocument *document);
 

@@ -1,6 +1,7 @@
 #include "camera/camera.h"
 
 #include "app/arithmetic.h"
+#include "app/qml_object_list_model.h"
 #include "app/vesk_app.h"
 #include "take/ssd_ls_list_model.h"
 #include "take/ssd_ls_sort_proxy_model.h"
@@ -12,6 +13,7 @@
 
 void Camera::createDrive()
 {
+    m_ssdTakes = new QQmlObjectListModel<SsdTake>(this);
     m_ssdLsList = new SsdLsListModel(this);
     m_ssdLsEntries = new SsdLsSortProxyModel(m_ssdLsList, this);
 }

@@ -2,7 +2,6 @@
 
 #include "app/qml_object_list_model.h"
 #include "take/saved_take_model.h"
-#include "take/ssd_take.h"
 #include "take/take.h"
 
 #include <QJsonArray>
@@ -16,7 +15,6 @@ static constexpr int MaxPartitions = 1024;
 void Camera::createTakes()
 {
     m_takes = new QQmlObjectListModel<Take>(this);
-    m_ssdTakes = new QQmlObjectListModel<SsdTake>(this);
     m_savedTakes = new SavedTakeModel(m_takes, this);
 }
 

@@ -46,13 +46,11 @@ SaveJob *SaveManager::createSaveJob(PlaybackVeskObject *source, qlonglong startF
     const FileNameTemplate name(folderPath, fileName, format, startFr);
     const std::optional<SaveSource> from = saveSource(source);
     SaveJob *job = nullptr;
-    if (!from || (dest != FileDest && dest != SsdDest))
-        return nullptr;
     auto *take = qobject_cast<Take *>(source);
-    if (dest == SsdDest && take)
-        job = new SsdSaveJob(take, startFr, frCnt, name, this);
-    else if (dest == SsdDest)
+    if (!from || (dest == SsdDest ? !take : dest != FileDest))
         return nullptr;
+    if (dest == SsdDest)
+        job = new SsdSaveJob(take, startFr, frCnt, name, this);
     else if (format == Util::FormatVesk)
         job = new VeskFileSaveJob(*from, startFr, frCnt, name, this);
     else if (format == Util::FormatTiff)

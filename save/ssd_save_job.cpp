@@ -1,7 +1,7 @@
 #include "save/ssd_save_job.h"
 
-#include "app/vesk_app.h"
 #include "camera/camera.h"
+#include "save/answered_error.h"
 #include "save/save_job_queue.h"
 #include "take/take.h"
 
@@ -9,8 +9,6 @@
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QNetworkAccessManager>
-#include <QNetworkReply>
 #include <QTimer>
 
 using namespace std::chrono_literals;
@@ -62,10 +60,7 @@ bool SsdSaveJob::doStart()
         finish(FinishError);
         return false;
     }
-    QNetworkReply *reply = VeskApp::instance()->networkAccessManager()->post(
-        VeskApp::cameraRequest(take->camera()->ip(), QStringLiteral("/ssd-save"), VeskApp::JsonBody),
-        requestBody());
-    VeskApp::limitReply(reply);
+    QNetworkReply *reply = take->camera()->postCommand(QStringLiteral("/ssd-save"), requestBody());
     connect(reply, &QNetworkReply::finished, this, &SsdSaveJob::requestFinished);
     connect(this, &QObject::destroyed, reply, &QObject::deleteLater);
     return true;
@@ -82,14 +77,11 @@ void SsdSaveJob::requestFinished()
         finish(FinishError);
         return;
     }
-    const QJsonObject answer = QJsonDocument::fromJson(reply->readAll()).object();
     if (reply->error() != QNetworkReply::NoError) {
-        const QJsonValue error = answer.value(QLatin1StringView("error"));
-        const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-        setError(error.isString() ? error.toString() : QStringLiteral("HTTP %1").arg(status));
+        setError(answeredError(reply));
         finish(FinishError);
     } else if (countsSaves(take->camera())) {
-        accepted(answer);
+        accepted(QJsonDocument::fromJson(reply->readAll()).object());
     } else {
         startOldFirmwareWatch();
     }

@@ -1,12 +1,11 @@
 #include "take/abstract_take_reader.h"
 
+#include "save/answered_error.h"
 #include "save/file_save_job.h"
 #include "save/vesk_writer.h"
 #include "save/vesk_writer_worker.h"
 #include "take/abstract_take.h"
 
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QNetworkReply>
 
 #include <algorithm>
@@ -169,10 +168,7 @@ void AbstractTakeReader::takeError()
 
 void AbstractTakeReader::fail()
 {
-    const QJsonValue told =
-        QJsonDocument::fromJson(m_reply->readAll()).object().value(QLatin1StringView("error"));
-    const int status = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-    setFirstError(told.isString() ? told.toString() : QStringLiteral("HTTP %1").arg(status));
+    setFirstError(answeredError(m_reply));
     m_job->writer()->readerFailed();
 }
 

@@ -1,11 +1,9 @@
 #include "take/ssd_take.h"
 
-#include "app/vesk_app.h"
 #include "camera/camera.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QNetworkAccessManager>
 #include <QNetworkReply>
 
 static constexpr int NoTakeId = -1;
@@ -23,9 +21,7 @@ SsdTake::SsdTake(const QString &name, Camera *camera)
 
 QNetworkReply *SsdTake::post(const QString &path, const QString &body)
 {
-    QNetworkReply *reply = VeskApp::instance()->networkAccessManager()->post(
-        VeskApp::cameraRequest(camera()->ip(), path, VeskApp::JsonBody), body.toUtf8());
-    VeskApp::limitReply(reply);
+    QNetworkReply *reply = camera()->postCommand(path, body.toUtf8());
     connect(this, &QObject::destroyed, reply, &QObject::deleteLater);
     return reply;
 }

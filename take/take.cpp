@@ -5,7 +5,6 @@
 #include "save/save_manager.h"
 #include "take/abstract_take_value.h"
 
-#include <QNetworkAccessManager>
 #include <QNetworkReply>
 
 Take::Take(int takeId, Camera *camera)
@@ -48,10 +47,8 @@ void Take::setLocked(bool locked)
 
 void Take::deleteTake(bool restartRecord)
 {
-    QNetworkReply *reply = VeskApp::instance()->networkAccessManager()->post(
-        VeskApp::cameraRequest(camera()->ip(), QStringLiteral("/del"), VeskApp::JsonBody),
-        QStringLiteral("{\"take\":%1}").arg(takeId()).toUtf8());
-    VeskApp::limitReply(reply);
+    QNetworkReply *reply =
+        camera()->postCommand(QStringLiteral("/del"), QStringLiteral("{\"take\":%1}").arg(takeId()).toUtf8());
     connect(reply, &QNetworkReply::finished, reply, &QObject::deleteLater);
     // Of the camera, not of the take: the take may be gone by then.
     if (restartRecord)

@@ -6,6 +6,7 @@
 #include "tests/qml/view_test_main.h"
 
 #include <QColor>
+#include <QKeySequence>
 #include <QQuickItem>
 #include <QQuickWindow>
 
@@ -219,21 +220,15 @@ void TestDriveListing::keysEndAtTheEndsOfTheList()
 {
     QVERIFY(m_view.startWithDrive(DriveFixture::fourRecordings()));
     QVERIFY(m_view.openListing(DriveFixture::PanelButton, 4));
-    const auto press = [this](Qt::Key key) { QTest::keyClick(m_view.listing(), key); };
-    press(Qt::Key_Up);
-    QVERIFY(m_view.isSelected(u"alpha.vesk"_s));
-    press(Qt::Key_Up);
-    QVERIFY(m_view.isSelected(u"alpha.vesk"_s));
-    press(Qt::Key_End);
-    QVERIFY(m_view.isSelected(u"delta.vesk"_s));
-    press(Qt::Key_Down);
-    QVERIFY(m_view.isSelected(u"delta.vesk"_s));
-    press(Qt::Key_PageUp);
-    QVERIFY(m_view.isSelected(u"alpha.vesk"_s));
-    press(Qt::Key_PageDown);
-    QVERIFY(m_view.isSelected(u"delta.vesk"_s));
-    press(Qt::Key_Home);
-    QVERIFY(m_view.isSelected(u"alpha.vesk"_s));
+    const QString first = u"alpha.vesk"_s;
+    const QString last = u"delta.vesk"_s;
+    const std::pair<Qt::Key, QString> steps[] = {
+        {Qt::Key_Up, first},     {Qt::Key_Up, first},      {Qt::Key_End, last},  {Qt::Key_Down, last},
+        {Qt::Key_PageUp, first}, {Qt::Key_PageDown, last}, {Qt::Key_Home, first}};
+    for (const auto &[key, selected] : steps) {
+        QTest::keyClick(m_view.listing(), key);
+        QVERIFY2(m_view.isSelected(selected), qPrintable(QKeySequence(key).toString()));
+    }
 }
 
 /** Neither under the titles nor below the window. */

@@ -46,6 +46,16 @@ private slots:
     void saveThatTheCameraHoldsBackIsQueued();
 
 private:
+    /** A take, to a drive that writes so many bytes a second; the save has the name "shot". */
+    bool saveToDrive(qint64 bytesPerSecond)
+    {
+        q4sim::Config config;
+        config.driveBytesPerSecond = bytesPerSecond;
+        return m_view.startWithTake(1, config) && m_view.openSave() && m_view.pick(u"Save To"_s, u"SSD"_s) &&
+               m_view.typeInto(u"File Name"_s, u"shot"_s) && m_view.press(u"Save"_s) &&
+               QTest::qWaitFor([this] { return m_view.hasRow(u"shot.vesk"_s); });
+    }
+
     DriveFixture m_view;
 };
 
@@ -90,12 +100,7 @@ void TestDriveTakes::rightClickOnATabOffersItsMenu()
 {
     QVERIFY(m_view.startWithRecording(Name));
     QVERIFY(m_view.click(Name, Qt::RightButton));
-    QVERIFY(m_view.offers(u"Close"_s));
-    QCOMPARE(m_view.menuWith(u"Close"_s), QStringList({u"Save..."_s, u"Close"_s}));
-    auto *item = qobject_cast<QQuickItem *>(m_view.element(u"Close"_s, QAccessible::MenuItem)->object());
-    QCOMPARE(item->property("menu").value<QObject *>()->property("width").toReal(), 160.0);
-    QVERIFY(ViewFixture::itemWithText(item, u"\uF4C7"_s));
-    QTest::keyClick(m_view.window(), Qt::Key_Escape);
+    m_view.checkTabMenu();
 }
 
 void TestDriveTakes::tabCanBeWorkedWithKeys()
@@ -208,15 +213,8 @@ void TestDriveTakes::recordingIsSavedIntoAFileOnly()
 
 void TestDriveTakes::takeIsSavedToTheDrive()
 {
-    q4sim::Config config;
-    config.driveBytesPerSecond = 5'000'000;
-    QVERIFY(m_view.startWithTake(1, config));
-    QVERIFY(m_view.openSave());
-    QVERIFY(m_view.pick(u"Save To"_s, u"SSD"_s));
-    QVERIFY(m_view.typeInto(u"File Name"_s, u"shot"_s));
-    QVERIFY(m_view.press(u"Save"_s));
     const QString file = u"shot.vesk"_s;
-    QTRY_VERIFY(m_view.hasRow(file));
+    QVERIFY(saveToDrive(5'000'000));
     QCOMPARE(m_view.cell(file, u"Save To"_s), u"SSD"_s);
     QCOMPARE(m_view.cell(file, u"Source"_s), u"Take 1"_s);
     // The camera does not take back what it was asked for.
@@ -294,15 +292,8 @@ void TestDriveTakes::storedDriveIsNoChoiceForARecording()
 
 void TestDriveTakes::brokenSaveToTheDriveTellsWhy()
 {
-    q4sim::Config config;
-    config.driveBytesPerSecond = 2'000'000;
-    QVERIFY(m_view.startWithTake(1, config));
-    QVERIFY(m_view.openSave());
-    QVERIFY(m_view.pick(u"Save To"_s, u"SSD"_s));
-    QVERIFY(m_view.typeInto(u"File Name"_s, u"shot"_s));
-    QVERIFY(m_view.press(u"Save"_s));
     const QString file = u"shot.vesk"_s;
-    QTRY_VERIFY(m_view.hasRow(file));
+    QVERIFY(saveToDrive(2'000'000));
     QTRY_COMPARE(SaveFixture::jobs().first()->state(), SaveJob::Saving);
     QTRY_COMPARE(m_view.camera()->ssdWrStateValue()->variant().toInt(), 1);
     QCOMPARE(m_view.simulated()->operate({{u"ssd"_s, u"fail"_s}}), QString());

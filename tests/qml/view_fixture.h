@@ -84,6 +84,8 @@ public:
     QString choice(const QString &section, const QString &label) const;
     /** Clicks the arrow of a box. */
     bool openList(const QString &section, const QString &label) const;
+    /** What the open menu on the tab of a recording or native file offers; closes it. */
+    void checkTabMenu() const;
     /** Clicks one of the arrows of a box of numbers. */
     bool clickArrow(const QString &section, const QString &label, bool up) const;
     /** Opens the box and clicks an entry. */

@@ -179,3 +179,15 @@ bool ViewFixture::clickArrow(const QString &section, const QString &label, bool 
     QTest::mouseClick(window(), Qt::LeftButton, {}, arrow);
     return true;
 }
+
+void ViewFixture::checkTabMenu() const
+{
+    QVERIFY(offers(QStringLiteral("Close")));
+    QCOMPARE(menuWith(QStringLiteral("Close")),
+             QStringList({QStringLiteral("Save..."), QStringLiteral("Close")}));
+    auto *item =
+        qobject_cast<QQuickItem *>(element(QStringLiteral("Close"), QAccessible::MenuItem)->object());
+    QCOMPARE(item->property("menu").value<QObject *>()->property("width").toReal(), 160.0);
+    QVERIFY(itemWithText(item, QStringLiteral("\uF4C7")));
+    QTest::keyClick(window(), Qt::Key_Escape);
+}
