@@ -135,6 +135,8 @@ int main(int argc, char *argv[])
         scrolled = std::max(scrolled, pulse.takeLongestS());
         list->window()->close();
         waitUntil([&] { return !shownList(); }, "the listing cannot be closed");
+        // The end of the window, and the picture of what lay behind it.
+        settle(500ms);
     }
     const QJsonObject result = {{"open_s", opened}, {"sort_s", sorted}, {"scroll_s", scrolled}};
     std::puts(QJsonDocument(result).toJson(QJsonDocument::Compact).constData());

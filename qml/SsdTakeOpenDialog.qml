@@ -10,6 +10,8 @@ DialogWindow {
     required property Camera camera
     readonly property SsdLsSortProxyModel entries: camera?.ssdLsEntries ?? null
     readonly property bool openable: (entries?.selectedCount ?? 0) > 0
+    /** The first picture is an empty one: it holds up the program until it is on the display. */
+    property bool drawn: false
 
     function accept() {
         if (!root.openable)
@@ -25,10 +27,12 @@ DialogWindow {
     maximumWidth: 16777215
     maximumHeight: 16777215
     Component.onCompleted: root.entries.shownBy = root
+    onFrameSwapped: root.drawn = true
 
     ListBox {
         anchors.fill: parent
         anchors.margins: Theme.dialogMargin
+        opacity: root.drawn ? 1 : 0
 
         SsdLsView {
             anchors.fill: parent
@@ -40,6 +44,8 @@ DialogWindow {
     }
 
     footer: DialogFooter {
+        opacity: root.drawn ? 1 : 0
+
         DialogButton {
             text: qsTr("Open")
             enabled: root.openable
