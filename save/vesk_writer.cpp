@@ -1,5 +1,6 @@
 #include "save/vesk_writer.h"
 
+#include "save/background.h"
 #include "save/file_save_job.h"
 #include "save/vesk_writer_worker.h"
 #include "take/vesk_reader.h"
@@ -22,6 +23,7 @@ void VeskWriter::startWorker(std::unique_ptr<VeskWriterWorker> worker, const QSt
     m_worker->moveToThread(&m_thread);
     connect(m_worker.get(), &VeskWriterWorker::framesWritten, this, &VeskWriter::setFramesWritten);
     connect(m_worker.get(), &VeskWriterWorker::finished, this, &VeskWriter::finish);
+    connect(&m_thread, &QThread::started, m_worker.get(), &giveWay);
     m_thread.setObjectName(threadName);
     m_thread.start(QThread::InheritPriority);
 }

@@ -1,6 +1,7 @@
 #include "save/video_encoder.h"
 
 #include "app/arithmetic.h"
+#include "save/background.h"
 
 #include <QDateTime>
 #include <QDebug>
@@ -247,7 +248,7 @@ bool VideoEncoder::openCodec()
     }
     AvDictionary options;
     m_options.copyTo(options);
-    if (const int code = avcodec_open2(m_codecContext.get(), m_codec, options.pointer()); code < 0) {
+    if (const int code = openInBackground(m_codecContext.get(), m_codec, options.pointer()); code < 0) {
         qDebug().noquote() << "avcodec_open2 failed:" << errorText(code);
         return false;
     }

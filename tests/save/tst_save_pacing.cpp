@@ -1,3 +1,4 @@
+#include "save/background.h"
 #include "save/file_save_job.h"
 #include "save/vesk_writer.h"
 #include "save/vesk_writer_worker.h"
@@ -12,7 +13,9 @@
 #include <QSignalSpy>
 #include <QThread>
 
+#include <atomic>
 #include <memory>
+#include <sys/resource.h>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -29,11 +32,14 @@ public:
             if (hasEnded())
                 return;
         }
+        niceness = getpriority(PRIO_PROCESS, 0); // of the calling thread
         m_hash.addData(data);
         emit framesWritten(framesRead);
         if (framesRemaining == 0)
             emit finished(SaveJob::FinishDone, QString::fromLatin1(m_hash.result().toHex()));
     }
+
+    static inline std::atomic<int> niceness = 0;
 
 private:
     QSemaphore *m_gate;
@@ -188,6 +194,16 @@ private slots:
         for (int fr = 0; fr < Frames; fr += 50)
             sent.addData(m_fixture->sent(fr, 50));
         QCOMPARE(writer()->hash, QString::fromLatin1(sent.result().toHex()));
+    }
+
+    void writerGivesWayToTheWindow()
+    {
+        GateWorker::niceness = 0;
+        m_gate.release(100000);
+        start(10);
+        QTRY_COMPARE(m_job->state(), SaveJob::Done);
+        QCOMPARE(GateWorker::niceness, WriterNiceness);
+        QCOMPARE(getpriority(PRIO_PROCESS, 0), 0);
     }
 
     void chunksOfChangingSizeDoNotHeapUpMemory()

@@ -1,11 +1,16 @@
+#include "save/background.h"
 #include "tests/save/encoded_films.h"
 #include "tests/save/foreign_film.h"
 #include "tests/support/vesk_test_main.h"
 
 #include <QDateTime>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QSignalSpy>
+
+#include <sched.h>
+#include <sys/resource.h>
 
 using namespace Qt::StringLiterals;
 
@@ -86,6 +91,24 @@ private slots:
             QTEST(film.stream("avg_frame_rate"), "fraction");
             QCOMPARE(film.frames(), 8);
         }
+    }
+
+    /** Root, too, whom the encoder for AV1 would give real-time priority. */
+    void threadsOfAnEncoderGiveWayToAllOthers()
+    {
+        const QDir tasks(u"/proc/self/task"_s);
+        const auto threads = [&] { return tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot); };
+        const QStringList before = threads();
+        const Order order = {.width = 320, .height = 240, .codec = Util::CodecAV1_YUV420P};
+        const auto film = encoder(order);
+        QVERIFY(film->open());
+        QCOMPARE_GT(threads().size(), before.size());
+        for (const QString &thread : threads()) {
+            QCOMPARE(sched_getscheduler(thread.toInt()), SCHED_OTHER);
+            QCOMPARE(getpriority(PRIO_PROCESS, id_t(thread.toInt())),
+                     before.contains(thread) ? 0 : EncoderNiceness);
+        }
+        QVERIFY(film->close());
     }
 
     void timeStampsStepByTheRate()
