@@ -91,8 +91,8 @@ class Saves:
     def ffmpeg(self, mosaic, *output):
         """Seconds to make what the output options say of a mosaic, without the start of the program."""
         *options, name = output
-        command = [*AS_OPERATOR, "ffmpeg", "-nostdin", "-hide_banner", "-benchmark", "-f", "rawvideo", "-framerate", "30",
-                   "-pixel_format", "bayer_rggb8", "-video_size", f"{WIDTH}x{HEIGHT}", "-i", mosaic,
+        command = [*AS_OPERATOR, "ffmpeg", "-nostdin", "-hide_banner", "-benchmark", "-f", "rawvideo",
+                   "-framerate", "30", "-pixel_format", "bayer_rggb8", "-video_size", f"{WIDTH}x{HEIGHT}", "-i", mosaic,
                    *options, self.empty_folder() / name]
         said = subprocess.run(command, check=True, text=True, stderr=subprocess.PIPE, timeout=600).stderr
         return float(re.search(r"rtime=([\d.]+)s", said).group(1))
