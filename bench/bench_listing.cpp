@@ -10,7 +10,6 @@
 #include "camera/camera.h"
 #include "take/ssd_ls_sort_proxy_model.h"
 
-#include <QEventLoop>
 #include <QGuiApplication>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -18,7 +17,6 @@
 #include <QQmlComponent>
 #include <QQuickItem>
 #include <QQuickWindow>
-#include <QTimer>
 
 #include <cstdio>
 #include <functional>
@@ -36,14 +34,6 @@ void stop(const char *why)
 {
     std::fprintf(stderr, "bench_listing: %s\n", why);
     std::exit(1);
-}
-
-/** Long enough for all that follows from what was done, its picture included. */
-void settle(std::chrono::milliseconds time)
-{
-    QEventLoop loop;
-    QTimer::singleShot(time, &loop, &QEventLoop::quit);
-    loop.exec();
 }
 
 void waitUntil(const std::function<bool()> &holds, const char *what)

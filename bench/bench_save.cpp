@@ -5,7 +5,7 @@
 //   bench_save images FILE FRAMES FOLDER              frames of a native file as images
 //   bench_save film FILE FRAMES FOLDER CODEC          the same as a film; CODEC is a number of Util::Codec
 //   bench_save plain FILE FRAMES FOLDER CODEC         the same, one step after the other on one thread
-//   bench_save window ADDRESS FRAMES FOLDER FILE      both at once, one of each cancelled, under the window
+//   bench_save window ADDRESS FRAMES FOLDER FILE      both at once, one of each cancelled, and a film
 //
 // "seconds" is the time from the order to the end of the save, "peak_bytes" the most memory that the process
 // had in use, "stall_s" the longest time in which the GUI thread answered nothing. "film_s" is that of the
@@ -250,14 +250,6 @@ void cancelInTheMiddle(SaveJob *job)
     job->cancel();
 }
 
-/** Long enough for the pulse to see what was done before. */
-void settle()
-{
-    QEventLoop loop;
-    QTimer::singleShot(20ms, &loop, &QEventLoop::quit);
-    loop.exec();
-}
-
 void measureWindow(char **argv, const QString &address, qint64 frames, const QString &folder,
                    const QString &path)
 {
@@ -270,9 +262,7 @@ void measureWindow(char **argv, const QString &address, qint64 frames, const QSt
     auto *camera = qobject_cast<Camera *>(app.veskObjects().first());
     Take *take = takeOf(*camera);
     const auto file = openFile(path);
-    QEventLoop settling;
-    QTimer::singleShot(1s, &settling, &QEventLoop::quit);
-    settling.exec();
+    settle(1s);
 
     double stall = 0.0;
     double filmStall = 0.0;
@@ -285,10 +275,10 @@ void measureWindow(char **argv, const QString &address, qint64 frames, const QSt
                                u"cancelled_<fr>"_s, folder));
         SaveJob *images = save(file.get(), file->frCntValue()->variant().toInt(), Util::FormatTiff,
                                u"image_<fr>"_s, folder);
-        settle();
+        settle(20ms);
         stall = std::max(stall, pulse.takeLongestS());
         SaveJob *film = saveFilm(file.get(), FilmFrames, Util::CodecAV1_YUV420P, folder);
-        settle();
+        settle(20ms);
         filmStall = std::max(filmStall, pulse.takeLongestS());
         waitFor(native, SaveJob::Done);
         waitFor(images, SaveJob::Done);

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <QElapsedTimer>
+#include <QEventLoop>
 #include <QObject>
 #include <QThread>
+#include <QTimer>
 
 #include <algorithm>
 #include <chrono>
@@ -36,3 +38,11 @@ private:
     QObject m_gui;
     qint64 m_longestNs = 0;
 };
+
+/** Runs the event loop for so long; a pulse then knows of all that was done before. */
+inline void settle(std::chrono::milliseconds time)
+{
+    QEventLoop loop;
+    QTimer::singleShot(time, &loop, &QEventLoop::quit);
+    loop.exec();
+}
