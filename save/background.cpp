@@ -15,6 +15,13 @@ static QStringList threads()
     return QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
 }
 
+/** A thread that already gives way to more than these stays as it is. */
+static void giveWay(pid_t thread, int niceness)
+{
+    if (getpriority(PRIO_PROCESS, id_t(thread)) < niceness)
+        setpriority(PRIO_PROCESS, id_t(thread), niceness);
+}
+
 /** Threads that began since. */
 static void letGiveWay(const QStringList &before)
 {
@@ -24,13 +31,13 @@ static void letGiveWay(const QStringList &before)
         const pid_t thread = name.toInt();
         const sched_param none{};
         sched_setscheduler(thread, SCHED_OTHER, &none);
-        setpriority(PRIO_PROCESS, id_t(thread), EncoderNiceness);
+        giveWay(thread, EncoderNiceness);
     }
 }
 
 void giveWay()
 {
-    setpriority(PRIO_PROCESS, id_t(gettid()), WriterNiceness);
+    giveWay(gettid(), WriterNiceness);
 }
 
 int openInBackground(AVCodecContext *context, const AVCodec *codec, AVDictionary **options)

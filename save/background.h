@@ -9,8 +9,8 @@ inline constexpr int WriterNiceness = 5;
 /** The same for those of an encoder. */
 inline constexpr int EncoderNiceness = 10;
 
-/** The calling thread, and those that it begins, give way to the window and to the camera's network traffic.
- */
+/** The calling thread, and those that it begins, give way to the window and to the camera's network traffic:
+ * their niceness is the writers' or, in a program that was started with a higher one, stays. */
 void giveWay();
 
 /**

@@ -13,9 +13,11 @@
 #include <QSignalSpy>
 #include <QThread>
 
+#include <algorithm>
 #include <atomic>
 #include <memory>
 #include <sys/resource.h>
+#include <thread>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -198,12 +200,24 @@ private slots:
 
     void writerGivesWayToTheWindow()
     {
-        GateWorker::niceness = 0;
+        const int own = getpriority(PRIO_PROCESS, 0);
+        GateWorker::niceness = -1;
         m_gate.release(100000);
         start(10);
         QTRY_COMPARE(m_job->state(), SaveJob::Done);
-        QCOMPARE(GateWorker::niceness, WriterNiceness);
-        QCOMPARE(getpriority(PRIO_PROCESS, 0), 0);
+        QCOMPARE(GateWorker::niceness, std::max(own, WriterNiceness));
+        QCOMPARE(getpriority(PRIO_PROCESS, 0), own);
+    }
+
+    void writerOfAProgramThatGivesWayToMoreStaysSo()
+    {
+        int niceness = 0;
+        std::thread([&niceness] {
+            setpriority(PRIO_PROCESS, 0, 19); // of this thread alone
+            giveWay();
+            niceness = getpriority(PRIO_PROCESS, 0);
+        }).join();
+        QCOMPARE(niceness, 19);
     }
 
     void chunksOfChangingSizeDoNotHeapUpMemory()
