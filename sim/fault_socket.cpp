@@ -1,10 +1,13 @@
 #include "sim/fault_socket.h"
 
+#include "sim/frame_run.h"
+
 #include <QHostAddress>
 #include <QRegularExpression>
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace q4sim
 {
@@ -13,6 +16,7 @@ namespace
 {
 
 constexpr qsizetype headMax = 64 << 10;
+constexpr qint64 bufferedMin = 4 << 10;
 
 } // namespace
 
@@ -22,6 +26,18 @@ FaultSocket::FaultSocket(QObject *parent) : QTcpSocket(parent), m_timer(this), m
     connect(&m_readTimer, &QTimer::timeout, this, &FaultSocket::readOn);
     // The first of all connections to the signal, and so called before the server takes the bytes away.
     connect(this, &QIODevice::readyRead, this, &FaultSocket::watchUpload);
+}
+
+bool FaultSocket::sendRun(std::shared_ptr<FrameRun> run)
+{
+    if (m_mode != Mode::Plain)
+        return false;
+    m_mode = Mode::Run;
+    m_run = std::move(run);
+    m_bodyOfAnswer = m_run->size();
+    m_toWrite = -1;
+    m_answerHead.clear();
+    return true;
 }
 
 void FaultSocket::drip(qint64 bytes, int ms, qint64 bodySize)
@@ -53,6 +69,16 @@ qint64 FaultSocket::writeData(const char *data, qint64 size)
 {
     if (m_mode == Mode::Plain)
         return QTcpSocket::writeData(data, size);
+    if (m_mode == Mode::Run) {
+        const qint64 toWrite = m_toWrite < 0 ? m_bodyOfAnswer : m_toWrite;
+        countAnswer(data, size);
+        const qint64 ofBody = m_toWrite < 0 ? 0 : toWrite - m_toWrite;
+        if (ofBody < size)
+            QTcpSocket::writeData(data, size - ofBody);
+        if (ofBody > 0)
+            sendFrames(ofBody);
+        return size;
+    }
     if (m_mode != Mode::Closed)
         m_held.append(data, size);
     if (m_mode == Mode::Close)
@@ -75,6 +101,23 @@ void FaultSocket::countAnswer(const char *data, qint64 size)
     const qsizetype end = m_answerHead.indexOf("\r\n\r\n");
     if (end >= 0)
         m_toWrite = std::max<qint64>(m_bodyOfAnswer - (m_answerHead.size() - end - 4), 0);
+}
+
+/// The next bytes of the run. The last of them, and what the network does not take at once, go through the
+/// buffer: when that is empty the server makes the next.
+void FaultSocket::sendFrames(qint64 size)
+{
+    const qint64 at = m_run->size() - m_toWrite - size;
+    const bool waits = QTcpSocket::bytesToWrite() > 0;
+    const qint64 sent =
+        waits ? 0 : m_run->send(int(socketDescriptor()), at, size - std::min(size, bufferedMin));
+    QByteArray rest(size - sent, Qt::Uninitialized);
+    m_run->read(at + sent, rest.data(), rest.size());
+    QTcpSocket::writeData(rest.constData(), rest.size());
+    if (m_toWrite > 0)
+        return;
+    m_mode = Mode::Plain;
+    m_run.reset();
 }
 
 void FaultSocket::beginDrop()

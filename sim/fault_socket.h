@@ -5,18 +5,27 @@
 #include <QTcpSocket>
 #include <QTimer>
 
+#include <memory>
+
 namespace q4sim
 {
 
+class FrameRun;
+
 /// A connection whose traffic can be spoilt below the HTTP server. Of an answer it sends what the server
 /// wrote slowly, or only a part of it. A firmware upload it reads slowly, or breaks in the middle; it counts
-/// its bytes as they come in, which the server does not tell of before it has them all.
+/// its bytes as they come in, which the server does not tell of before it has them all. A run of frames it
+/// sends by itself, past the buffers, which takes a fraction of the processor's time.
 class FaultSocket : public QTcpSocket
 {
     Q_OBJECT
 
 public:
     explicit FaultSocket(QObject *parent = nullptr);
+
+    /// Sends a run as the body of the next answer; of what the server writes there, only the size counts.
+    /// False when the answer is to be spoilt: then the server has to write the frames.
+    bool sendRun(std::shared_ptr<FrameRun> run);
 
     /// Sends the next answer, whose body has `bodySize` bytes, at `bytes` bytes every `ms` milliseconds.
     void drip(qint64 bytes, int ms, qint64 bodySize);
@@ -46,19 +55,21 @@ private:
     bool findUpload(qint64 *fresh);
     void readOn();
     void countAnswer(const char *data, qint64 size);
+    void sendFrames(qint64 size);
     void beginDrop();
     void sendDrop();
     void sendStart();
 
-    enum class Mode { Plain, Drip, Close, Closed };
+    enum class Mode { Plain, Run, Drip, Close, Closed };
     Mode m_mode = Mode::Plain;
     QByteArray m_held;
     qint64 m_bytes = 0;
     qint64 m_dropLeft = 0; ///< bytes that may still be sent before the next drop
     qint64 m_left = -1; ///< bytes until the connection closes; -1 while the answer's header is not complete
-    QByteArray m_answerHead; ///< of an answer that drips, until it is complete
+    QByteArray m_answerHead; ///< of an answer that drips or is a run, until it is complete
     qint64 m_bodyOfAnswer = 0;
     qint64 m_toWrite = -1; ///< bytes of its body that the server has yet to write; -1 as with m_left
+    std::shared_ptr<FrameRun> m_run;
     QTimer m_timer;
 
     QByteArray m_head;      ///< what has come in of a request, until it is known to be an upload or not

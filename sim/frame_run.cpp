@@ -4,6 +4,9 @@
 #include "sim/sensor_rules.h"
 
 #include <algorithm>
+#include <sys/mman.h>
+#include <sys/sendfile.h>
+#include <sys/socket.h>
 #include <utility>
 
 namespace q4sim
@@ -19,6 +22,20 @@ FrameRun::FrameRun(const std::shared_ptr<const Footage> &footage,
     const SceneParams &params = m_renderer->params();
     m_recordSize = metaSize + qint64(params.width) * params.height;
     m_size = count * m_recordSize;
+    if (params.look == Look::Plain && params.changes.empty())
+        drawOnce();
+}
+
+/// Into memory that connections can take without a copy: nobody may change it while they do.
+void FrameRun::drawOnce()
+{
+    QByteArray picture(m_recordSize - metaSize, Qt::Uninitialized);
+    m_renderer->render(m_first, reinterpret_cast<quint8 *>(picture.data()));
+    const int handle = memfd_create("q4sim picture", MFD_CLOEXEC);
+    if (handle != -1 &&
+        (!m_picture.open(handle, QIODevice::ReadWrite | QIODevice::Unbuffered, QFile::AutoCloseHandle) ||
+         m_picture.write(picture) != picture.size()))
+        m_picture.close();
 }
 
 void FrameRun::cut(qint64 bytes)
@@ -52,6 +69,39 @@ QByteArray FrameRun::readAll()
     QByteArray all(m_size, Qt::Uninitialized);
     read(0, all.data(), m_size);
     return all;
+}
+
+qint64 FrameRun::send(int socket, qint64 at, qint64 max)
+{
+    const qint64 wanted = std::clamp<qint64>(m_size - at, 0, max);
+    qint64 sent = 0;
+    while (sent < wanted) {
+        const qint64 part = sendPart(socket, at + sent, wanted - sent);
+        if (part <= 0)
+            break;
+        sent += part;
+    }
+    return sent;
+}
+
+/// Of one frame; 0 or less when the connection takes nothing.
+qint64 FrameRun::sendPart(int socket, qint64 at, qint64 max)
+{
+    const qint64 frame = m_first + at / m_recordSize;
+    const qint64 from = at % m_recordSize;
+    const qint64 part = std::min(m_recordSize - from, max);
+    const int more = part < max ? MSG_MORE : 0;
+    if (!m_picture.isOpen()) {
+        draw(frame);
+        return ::send(socket, m_record.constData() + from, size_t(part), MSG_NOSIGNAL | more);
+    }
+    if (from >= metaSize) {
+        off_t offset = from - metaSize;
+        return sendfile(socket, m_picture.handle(), &offset, size_t(part));
+    }
+    const QByteArray meta = metadataBlock(m_times.timeNs(frame), m_times.yearOffset(), frame);
+    return ::send(socket, meta.constData() + from, size_t(std::min(metaSize - from, part)),
+                  MSG_NOSIGNAL | MSG_MORE);
 }
 
 } // namespace q4sim

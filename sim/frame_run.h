@@ -3,6 +3,7 @@
 #include "sim/footage.h"
 
 #include <QByteArray>
+#include <QFile>
 
 #include <memory>
 
@@ -31,8 +32,14 @@ public:
     qint64 read(qint64 at, char *data, qint64 max);
     QByteArray readAll();
 
+    /// Puts up to `max` bytes from byte `at` on into a connection that does not wait; returns how many it
+    /// took.
+    qint64 send(int socket, qint64 at, qint64 max);
+
 private:
     void draw(qint64 frame);
+    void drawOnce();
+    qint64 sendPart(int socket, qint64 at, qint64 max);
 
     std::weak_ptr<const Footage> m_footage;
     std::shared_ptr<const SceneRenderer> m_renderer;
@@ -43,6 +50,7 @@ private:
     bool m_kept = false;
     QByteArray m_record; ///< of m_drawn
     qint64 m_drawn = 0;
+    QFile m_picture; ///< that of all frames, when they show the same; else it is not open
 };
 
 } // namespace q4sim

@@ -1,6 +1,9 @@
 #include "sim/frame_stream.h"
 
+#include "sim/fault_socket.h"
 #include "sim/frame_run.h"
+
+#include <algorithm>
 
 namespace q4sim
 {
@@ -12,8 +15,8 @@ constexpr int lookMs = 10;
 
 } // namespace
 
-FrameStream::FrameStream(std::shared_ptr<FrameRun> run, QTcpSocket *socket)
-    : m_run(std::move(run)), m_socket(socket), m_timer(this)
+FrameStream::FrameStream(std::shared_ptr<FrameRun> run, FaultSocket *socket)
+    : m_run(std::move(run)), m_socket(socket), m_sent(socket->sendRun(m_run)), m_timer(this)
 {
     // By time: the server would still write when it were done on one of the connection's signals, and a
     // client that reads nothing causes none.
@@ -29,7 +32,7 @@ qint64 FrameStream::size() const
 
 qint64 FrameStream::readData(char *data, qint64 max)
 {
-    return m_run->read(pos(), data, max);
+    return m_sent ? std::min(max, m_run->size() - pos()) : m_run->read(pos(), data, max);
 }
 
 void FrameStream::breakWhenGone()

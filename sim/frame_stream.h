@@ -2,7 +2,6 @@
 
 #include <QIODevice>
 #include <QPointer>
-#include <QTcpSocket>
 #include <QTimer>
 
 #include <memory>
@@ -10,16 +9,18 @@
 namespace q4sim
 {
 
+class FaultSocket;
 class FrameRun;
 
-/// A run of frames for the HTTP server to send: drawn as fast as the connection takes them. It breaks the
-/// connection when the take is gone.
+/// A run of frames for the HTTP server to send: drawn as fast as the connection takes them, unless the
+/// connection sends the run by itself, which needs no more than the size. It breaks the connection when the
+/// take is gone.
 class FrameStream : public QIODevice
 {
     Q_OBJECT
 
 public:
-    FrameStream(std::shared_ptr<FrameRun> run, QTcpSocket *socket);
+    FrameStream(std::shared_ptr<FrameRun> run, FaultSocket *socket);
 
     qint64 size() const override;
 
@@ -31,7 +32,8 @@ private:
     void breakWhenGone();
 
     std::shared_ptr<FrameRun> m_run;
-    QPointer<QTcpSocket> m_socket; ///< the HTTP server owns it
+    QPointer<FaultSocket> m_socket; ///< the HTTP server owns it
+    bool m_sent;                    ///< by the connection
     QTimer m_timer;
 };
 
