@@ -34,9 +34,7 @@ bool FaultSocket::sendRun(std::shared_ptr<FrameRun> run)
         return false;
     m_mode = Mode::Run;
     m_run = std::move(run);
-    m_bodyOfAnswer = m_run->size();
-    m_toWrite = -1;
-    m_answerHead.clear();
+    countNextAnswer(m_run->size());
     return true;
 }
 
@@ -44,10 +42,8 @@ void FaultSocket::drip(qint64 bytes, int ms, qint64 bodySize)
 {
     m_mode = Mode::Drip;
     m_bytes = std::max<qint64>(bytes, 1);
-    m_bodyOfAnswer = bodySize;
-    m_toWrite = -1;
     m_dropLeft = 0;
-    m_answerHead.clear();
+    countNextAnswer(bodySize);
     m_timer.start(std::max(ms, 1));
 }
 
@@ -88,6 +84,13 @@ qint64 FaultSocket::writeData(const char *data, qint64 size)
         sendDrop();
     }
     return size;
+}
+
+void FaultSocket::countNextAnswer(qint64 bodySize)
+{
+    m_bodyOfAnswer = bodySize;
+    m_toWrite = -1;
+    m_answerHead.clear();
 }
 
 /// The server makes a long answer bit by bit: that nothing is held does not mean that it is complete.

@@ -15,7 +15,7 @@ class FrameRun;
 /// A connection whose traffic can be spoilt below the HTTP server. Of an answer it sends what the server
 /// wrote slowly, or only a part of it. A firmware upload it reads slowly, or breaks in the middle; it counts
 /// its bytes as they come in, which the server does not tell of before it has them all. A run of frames it
-/// sends by itself, past the buffers, which takes a fraction of the processor's time.
+/// sends by itself, past the buffers as far as the network takes it, which spares the processor copies.
 class FaultSocket : public QTcpSocket
 {
     Q_OBJECT
@@ -54,6 +54,7 @@ private:
     void watchUpload();
     bool findUpload(qint64 *fresh);
     void readOn();
+    void countNextAnswer(qint64 bodySize);
     void countAnswer(const char *data, qint64 size);
     void sendFrames(qint64 size);
     void beginDrop();

@@ -22,15 +22,14 @@ FrameRun::FrameRun(const std::shared_ptr<const Footage> &footage,
     const SceneParams &params = m_renderer->params();
     m_recordSize = metaSize + qint64(params.width) * params.height;
     m_size = count * m_recordSize;
-    if (params.look == Look::Plain && params.changes.empty())
-        drawOnce();
+    m_allAlike = params.look == Look::Plain && params.changes.empty();
 }
 
 /// Into memory that connections can take without a copy: nobody may change it while they do.
-void FrameRun::drawOnce()
+void FrameRun::keepPicture()
 {
-    QByteArray picture(m_recordSize - metaSize, Qt::Uninitialized);
-    m_renderer->render(m_first, reinterpret_cast<quint8 *>(picture.data()));
+    draw(m_first);
+    const QByteArray picture = m_record.sliced(metaSize);
     const int handle = memfd_create("q4sim picture", MFD_CLOEXEC);
     if (handle != -1 &&
         (!m_picture.open(handle, QIODevice::ReadWrite | QIODevice::Unbuffered, QFile::AutoCloseHandle) ||
@@ -47,7 +46,10 @@ void FrameRun::draw(qint64 frame)
 {
     if (!m_record.isEmpty() && m_drawn == frame)
         return;
-    m_record = frameRecord(*m_renderer, frame, m_times.timeNs(frame), m_times.yearOffset());
+    if (m_allAlike && !m_record.isEmpty())
+        m_record.replace(0, metaSize, metadataBlock(m_times.timeNs(frame), m_times.yearOffset(), frame));
+    else
+        m_record = frameRecord(*m_renderer, frame, m_times.timeNs(frame), m_times.yearOffset());
     m_drawn = frame;
 }
 
@@ -73,6 +75,8 @@ QByteArray FrameRun::readAll()
 
 qint64 FrameRun::send(int socket, qint64 at, qint64 max)
 {
+    if (m_allAlike && !m_picture.isOpen())
+        keepPicture();
     const qint64 wanted = std::clamp<qint64>(m_size - at, 0, max);
     qint64 sent = 0;
     while (sent < wanted) {
@@ -90,18 +94,15 @@ qint64 FrameRun::sendPart(int socket, qint64 at, qint64 max)
     const qint64 frame = m_first + at / m_recordSize;
     const qint64 from = at % m_recordSize;
     const qint64 part = std::min(m_recordSize - from, max);
-    const int more = part < max ? MSG_MORE : 0;
-    if (!m_picture.isOpen()) {
-        draw(frame);
-        return ::send(socket, m_record.constData() + from, size_t(part), MSG_NOSIGNAL | more);
-    }
-    if (from >= metaSize) {
+    if (m_picture.isOpen() && from >= metaSize) {
         off_t offset = from - metaSize;
         return sendfile(socket, m_picture.handle(), &offset, size_t(part));
     }
-    const QByteArray meta = metadataBlock(m_times.timeNs(frame), m_times.yearOffset(), frame);
-    return ::send(socket, meta.constData() + from, size_t(std::min(metaSize - from, part)),
-                  MSG_NOSIGNAL | MSG_MORE);
+    draw(frame);
+    // Of a picture that is kept the pixels follow by themselves.
+    const qint64 drawn = m_picture.isOpen() ? std::min(metaSize - from, part) : part;
+    return ::send(socket, m_record.constData() + from, size_t(drawn),
+                  MSG_NOSIGNAL | (drawn < max ? MSG_MORE : 0));
 }
 
 } // namespace q4sim

@@ -38,7 +38,7 @@ public:
 
 private:
     void draw(qint64 frame);
-    void drawOnce();
+    void keepPicture();
     qint64 sendPart(int socket, qint64 at, qint64 max);
 
     std::weak_ptr<const Footage> m_footage;
@@ -50,7 +50,8 @@ private:
     bool m_kept = false;
     QByteArray m_record; ///< of m_drawn
     qint64 m_drawn = 0;
-    QFile m_picture; ///< that of all frames, when they show the same; else it is not open
+    bool m_allAlike = false; ///< frames differ in their metadata alone
+    QFile m_picture;         ///< that of frames that are all alike, from the first send() on
 };
 
 } // namespace q4sim
