@@ -1,5 +1,6 @@
 #include "camera/camera.h"
 #include "tests/support/camera_document.h"
+#include "tests/support/end_requests.h"
 #include "tests/support/http_recorder.h"
 #include "tests/support/vesk_test_main.h"
 
@@ -28,6 +29,7 @@ private slots:
         app()->setNullVeskObject();
         QCOMPARE(app()->veskObjModel()->count(), 0);
         QCOMPARE(app()->selectedVeskObject(), nullptr);
+        endRequests();
     }
 
     void bytesAvailableOnNoVolumeAreZero()

@@ -10,9 +10,8 @@
 #include "take/ssd_ls_sort_proxy_model.h"
 #include "take/ssd_take.h"
 #include "take/take.h"
+#include "tests/support/end_requests.h"
 
-#include <QNetworkAccessManager>
-#include <QNetworkReply>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -102,8 +101,7 @@ protected:
     {
         m_manager.reset();
         m_camera.reset();
-        // What was never answered would be asked for again of the next camera at this address.
-        qDeleteAll(VeskApp::instance()->networkAccessManager()->findChildren<QNetworkReply *>());
         m_host.reset();
+        endRequests();
     }
 };

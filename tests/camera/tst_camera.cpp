@@ -1,6 +1,7 @@
 #include "camera/camera.h"
 #include "tests/support/camera_document.h"
 #include "tests/support/camera_polls.h"
+#include "tests/support/end_requests.h"
 #include "tests/support/http_recorder.h"
 #include "tests/support/vesk_test_main.h"
 
@@ -60,6 +61,7 @@ private slots:
     {
         m_camera.reset();
         m_server.reset();
+        endRequests();
     }
 
     void objectNameIsHexadecimalWithTheClass()

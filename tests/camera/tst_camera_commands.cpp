@@ -1,4 +1,5 @@
 #include "camera/camera.h"
+#include "tests/support/end_requests.h"
 #include "tests/support/http_recorder.h"
 #include "tests/support/vesk_test_main.h"
 
@@ -26,6 +27,7 @@ private slots:
     {
         m_camera.reset();
         m_server.reset();
+        endRequests();
     }
 
     void commandPostsItsBody_data()

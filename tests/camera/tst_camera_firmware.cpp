@@ -1,4 +1,5 @@
 #include "camera/camera.h"
+#include "tests/support/end_requests.h"
 #include "tests/support/http_recorder.h"
 #include "tests/support/vesk_test_main.h"
 
@@ -54,6 +55,7 @@ private slots:
         QTRY_VERIFY(!upload());
         m_camera.reset();
         m_server.reset();
+        endRequests();
     }
 
     void fileGoesOutAsOnePartOfAForm()

@@ -1,5 +1,6 @@
 #include "camera/camera.h"
 #include "tests/support/camera_document.h"
+#include "tests/support/end_requests.h"
 #include "tests/support/http_recorder.h"
 #include "tests/support/vesk_test_main.h"
 
@@ -53,6 +54,7 @@ private slots:
     {
         m_camera.reset();
         m_server.reset();
+        endRequests();
     }
 
     void ticksComeEvery33Ms()

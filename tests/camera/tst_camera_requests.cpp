@@ -2,6 +2,7 @@
 #include "take/raw_frame.h"
 #include "tests/support/camera_document.h"
 #include "tests/support/camera_polls.h"
+#include "tests/support/end_requests.h"
 #include "tests/support/http_recorder.h"
 #include "tests/support/vesk_test_main.h"
 
@@ -46,6 +47,7 @@ private slots:
     {
         m_camera.reset();
         m_server.reset();
+        endRequests();
     }
 
     void proxyOfTheMachineIsNotAsked()

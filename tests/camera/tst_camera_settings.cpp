@@ -1,6 +1,7 @@
 #include "camera/camera.h"
 #include "sim/camera.h"
 #include "tests/support/camera_polls.h"
+#include "tests/support/end_requests.h"
 #include "tests/support/vesk_test_main.h"
 
 #include <QJsonArray>
@@ -41,6 +42,7 @@ private slots:
     {
         m_camera.reset();
         m_sim.reset();
+        endRequests();
     }
 
     void exposureBetweenTheGridComesBackOnIt()

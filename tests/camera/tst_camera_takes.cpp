@@ -5,6 +5,7 @@
 #include "take/take.h"
 #include "tests/support/camera_document.h"
 #include "tests/support/camera_polls.h"
+#include "tests/support/end_requests.h"
 #include "tests/support/http_recorder.h"
 #include "tests/support/vesk_test_main.h"
 
@@ -71,6 +72,7 @@ private slots:
     {
         m_camera.reset();
         m_server.reset();
+        endRequests();
     }
 
     void firstPollMakesTheTakesBeforeTheCameraIsConnected()

@@ -8,6 +8,7 @@
 #include "sim/camera_thread.h"
 #include "take/take.h"
 #include "tests/support/camera_polls.h"
+#include "tests/support/end_requests.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -85,7 +86,7 @@ protected:
         return QJsonDocument::fromJson(list).object()["ssd-ls"].toArray();
     }
 
-    /** Forgets the saves and the settings. */
+    /** Forgets the saves, the settings and the requests. */
     void end()
     {
         m_camera.reset();
@@ -98,5 +99,6 @@ protected:
             VeskApp::instance()->saveManager()->removeSaveJob(ended);
             QTRY_VERIFY(!ended);
         }
+        endRequests();
     }
 };

@@ -2,8 +2,6 @@
 #include "tests/support/vesk_test_main.h"
 #include "tests/take/autosave_case.h"
 
-#include <QNetworkReply>
-
 using namespace Qt::StringLiterals;
 using q4sim::FaultKind;
 using q4sim::Route;
@@ -43,11 +41,7 @@ private:
     }
 
 private slots:
-    void cleanup()
-    {
-        end();
-        qDeleteAll(VeskApp::instance()->networkAccessManager()->findChildren<QNetworkReply *>());
-    }
+    void cleanup() { end(); }
 
     void saveThatFailsKeepsTheTake_data()
     {

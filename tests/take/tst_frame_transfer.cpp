@@ -1,5 +1,6 @@
 #include "camera/camera.h"
 #include "take/raw_frame.h"
+#include "tests/support/end_requests.h"
 #include "tests/support/http_recorder.h"
 #include "tests/support/vesk_test_main.h"
 
@@ -102,6 +103,7 @@ private slots:
     {
         m_camera.reset();
         m_server.reset();
+        endRequests();
     }
 
     void headersOfOneFamilyAreRead_data()

@@ -2,6 +2,7 @@
 #include "take/ssd_ls_entry.h"
 #include "take/ssd_ls_list_model.h"
 #include "take/ssd_ls_sort_proxy_model.h"
+#include "tests/support/end_requests.h"
 #include "tests/support/http_recorder.h"
 #include "tests/support/vesk_test_main.h"
 
@@ -90,6 +91,7 @@ private slots:
     {
         m_camera.reset();
         m_server.reset();
+        endRequests();
     }
 
     void requestAsksForTheLongForm()

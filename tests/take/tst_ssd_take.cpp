@@ -7,6 +7,7 @@
 #include "take/ssd_take.h"
 #include "tests/support/camera_document.h"
 #include "tests/support/camera_polls.h"
+#include "tests/support/end_requests.h"
 #include "tests/support/http_recorder.h"
 #include "tests/support/vesk_test_main.h"
 
@@ -103,6 +104,7 @@ private slots:
     {
         m_camera.reset();
         m_server.reset();
+        endRequests();
         QCOMPARE(selected(), nullptr);
     }
 

@@ -2,6 +2,7 @@
 #include "image/img_search.h"
 #include "take/raw_frame.h"
 #include "take/take.h"
+#include "tests/support/end_requests.h"
 #include "tests/support/http_recorder.h"
 #include "tests/support/vesk_test_main.h"
 
@@ -80,6 +81,7 @@ private slots:
         m_take = nullptr;
         m_camera.reset();
         m_server.reset();
+        endRequests();
     }
 
     void takeIsNamedAndPlaysAndIsEmptyAtTheStart()

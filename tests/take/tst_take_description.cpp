@@ -1,5 +1,6 @@
 #include "camera/camera.h"
 #include "take/take.h"
+#include "tests/support/end_requests.h"
 #include "tests/support/http_recorder.h"
 #include "tests/support/vesk_test_main.h"
 
@@ -89,6 +90,7 @@ private slots:
         m_take = nullptr;
         m_camera.reset();
         m_server.reset();
+        endRequests();
     }
 
     /** The states that a camera's status brings about, one step a row. */
