@@ -3,6 +3,14 @@
 #include <QImage>
 #include <QList>
 
+#include <array>
+
+/** The adjustment tables of red, green and blue at 8 bits a sample, and those that they were made of. */
+struct ByteTables {
+    std::array<QList<quint16>, 3> luts;
+    std::array<QList<uchar>, 3> bytes;
+};
+
 /** The buffers of one decoded frame. What is shared with a reader is replaced, not copied, by the next frame.
  */
 struct DevelopedFrame {
@@ -18,8 +26,12 @@ struct DevelopedFrame {
     /** The adjusted image in blue, green, red order, with overlays and without; may share their storage. */
     QList<quint16> marked;
     QList<quint16> clean;
-    /** marked at 8 bits a channel; null when it has not been made along the way. */
+    /**
+     * marked at 8 bits a channel; null when it has not been made along the way. In the order of marked or,
+     * for an image that is saved, of image files.
+     */
     QImage picture;
+    ByteTables byteTables;
     quint16 width = 0;
     quint16 height = 0;
 };

@@ -5,6 +5,7 @@
 #include <opencv2/core/utility.hpp>
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <vector>
 
@@ -90,13 +91,109 @@ constexpr quint16 mean(quint16 a, quint16 b, quint16 c, quint16 d)
     return quint16(quarters + quint16(rests >> 2));
 }
 
+struct MosaicRows {
+    const quint16 *above;
+    const quint16 *centre;
+    const quint16 *below;
+};
+
+/**
+ * Columns 1 to end - 1 of three colour rows. All four means are made for every pixel and the parity of the
+ * column chooses among them, which the compiler turns into vector instructions.
+ */
+[[gnu::always_inline]] inline void demosaicColumns(const MosaicRows &rows, int end, bool rowStartsWithGreen,
+                                                   quint16 *__restrict green, quint16 *__restrict own,
+                                                   quint16 *__restrict other)
+{
+    const quint16 *__restrict above = rows.above;
+    const quint16 *__restrict centre = rows.centre;
+    const quint16 *__restrict below = rows.below;
+    const quint16 greenAtEven = rowStartsWithGreen ? 0xffff : 0;
+    for (int x = 1; x < end; ++x) {
+        const quint16 beside = mean(centre[x - 1], centre[x + 1]);
+        const quint16 over = mean(above[x], below[x]);
+        const quint16 cross = mean(centre[x - 1], centre[x + 1], above[x], below[x]);
+        const quint16 corners = mean(above[x - 1], above[x + 1], below[x - 1], below[x + 1]);
+        const auto atGreen = quint16(greenAtEven ^ (x & 1 ? 0xffff : 0));
+        const auto choose = [atGreen](quint16 onGreen, quint16 onColor) {
+            return quint16((onGreen & atGreen) | (onColor & quint16(~atGreen)));
+        };
+        green[x] = choose(centre[x], cross);
+        own[x] = choose(beside, centre[x]);
+        other[x] = choose(over, corners);
+    }
+}
+
+using Demosaic = void(const MosaicRows &rows, int end, bool rowStartsWithGreen, quint16 *green, quint16 *own,
+                      quint16 *other);
+
+void demosaicAnywhere(const MosaicRows &rows, int end, bool rowStartsWithGreen, quint16 *green, quint16 *own,
+                      quint16 *other)
+{
+    demosaicColumns(rows, end, rowStartsWithGreen, green, own, other);
+}
+
+#ifdef __x86_64__
+/** With vectors of twice the width. */
+[[gnu::target("avx2")]] void demosaicAvx2(const MosaicRows &rows, int end, bool rowStartsWithGreen,
+                                          quint16 *green, quint16 *own, quint16 *other)
+{
+    demosaicColumns(rows, end, rowStartsWithGreen, green, own, other);
+}
+#endif
+
+/** The fastest that this processor has. */
+Demosaic *demosaic()
+{
+#ifdef __x86_64__
+    if (cv::checkHardwareSupport(CV_CPU_AVX2))
+        return demosaicAvx2;
+#endif
+    return demosaicAnywhere;
+}
+
+static_assert(std::endian::native == std::endian::little);
+
+/** Two samples with one store. */
+void putPair(uchar first, uchar second, uchar *pixels)
+{
+    const auto pair = quint16(first | second << 8);
+    std::memcpy(pixels, &pair, sizeof pair);
+}
+
+void putPair(quint16 first, quint16 second, quint16 *pixels)
+{
+    const quint32 pair = first | quint32(second) << 16;
+    std::memcpy(pixels, &pair, sizeof pair);
+}
+
+/** Three rows, each through its table, become one of pixels. */
+template <class Sample>
+void lookUpRow(const quint16 *__restrict first, const quint16 *__restrict second,
+               const quint16 *__restrict third, const Sample *__restrict firstTable,
+               const Sample *__restrict secondTable, const Sample *__restrict thirdTable, std::size_t count,
+               Sample *__restrict pixels)
+{
+    std::size_t x = 0;
+    for (; x + 1 < count; x += 2) {
+        putPair(firstTable[first[x]], secondTable[second[x]], pixels + 3 * x);
+        putPair(thirdTable[third[x]], firstTable[first[x + 1]], pixels + 3 * x + 2);
+        putPair(secondTable[second[x + 1]], thirdTable[third[x + 1]], pixels + 3 * x + 4);
+    }
+    if (x < count) {
+        pixels[3 * x] = firstTable[first[x]];
+        pixels[3 * x + 1] = secondTable[second[x]];
+        pixels[3 * x + 2] = thirdTable[third[x]];
+    }
+}
+
 /** Bilinear demosaicing and look-up of a range of rows. */
 class ColorRows
 {
 public:
     ColorRows(const ColorTables &tables, const Buffers &buffers)
         : m_tables(tables), m_buffers(buffers), m_width(std::size_t(buffers.width)), m_rows(3 * m_width),
-          m_red(m_width), m_green(m_width), m_blue(m_width), m_line(m_buffers.image ? 0 : 3 * m_width)
+          m_red(m_width), m_green(m_width), m_blue(m_width)
     {
     }
 
@@ -146,36 +243,17 @@ private:
 
     /**
      * Fills the three colour rows. "own" is the colour that shares the centre row with green, "other" the one
-     * of the rows above and below. All four means are made for every pixel and the parity of the column
-     * chooses among them, which the compiler turns into vector instructions.
+     * of the rows above and below.
      */
     void demosaicRow(int y)
     {
-        const quint16 *above = row(y - 1);
-        const quint16 *centre = row(y);
-        const quint16 *below = row(y + 1);
         const bool rowStartsWithGreen = m_tables.startsWithGreen == ((y & 1) == 0);
         // Both mosaics put green and blue in one row, red and green in the other.
         const bool ownIsRed = !rowStartsWithGreen;
-        quint16 *__restrict green = m_green.data();
-        quint16 *__restrict own = ownIsRed ? m_red.data() : m_blue.data();
-        quint16 *__restrict other = ownIsRed ? m_blue.data() : m_red.data();
-        const quint16 greenAtEven = rowStartsWithGreen ? 0xffff : 0;
-
+        quint16 *own = ownIsRed ? m_red.data() : m_blue.data();
+        quint16 *other = ownIsRed ? m_blue.data() : m_red.data();
         const int end = int(m_width) - 1;
-        for (int x = 1; x < end; ++x) {
-            const quint16 beside = mean(centre[x - 1], centre[x + 1]);
-            const quint16 over = mean(above[x], below[x]);
-            const quint16 cross = mean(centre[x - 1], centre[x + 1], above[x], below[x]);
-            const quint16 corners = mean(above[x - 1], above[x + 1], below[x - 1], below[x + 1]);
-            const auto atGreen = quint16(greenAtEven ^ (x & 1 ? 0xffff : 0));
-            const auto choose = [atGreen](quint16 onGreen, quint16 onColor) {
-                return quint16((onGreen & atGreen) | (onColor & quint16(~atGreen)));
-            };
-            green[x] = choose(centre[x], cross);
-            own[x] = choose(beside, centre[x]);
-            other[x] = choose(over, corners);
-        }
+        demosaic()({row(y - 1), row(y), row(y + 1)}, end, rowStartsWithGreen, m_green.data(), own, other);
         for (quint16 *plane : {m_red.data(), m_green.data(), m_blue.data()}) {
             plane[0] = plane[1];
             plane[end] = plane[end - 1];
@@ -185,12 +263,14 @@ private:
     void finishRow(int y)
     {
         const std::size_t start = 3 * std::size_t(y) * m_width;
-        quint16 *image = m_buffers.image ? m_buffers.image + start : m_line.data();
-        for (std::size_t x = 0; x < m_width; ++x) {
-            image[3 * x] = m_tables.lutB[m_blue[x]];
-            image[3 * x + 1] = m_tables.lutG[m_green[x]];
-            image[3 * x + 2] = m_tables.lutR[m_red[x]];
+        if (!m_buffers.image) {
+            lookUpRow(m_red.data(), m_green.data(), m_blue.data(), m_tables.bytesR, m_tables.bytesG,
+                      m_tables.bytesB, m_width, m_buffers.picture + start);
+            return;
         }
+        quint16 *image = m_buffers.image + start;
+        lookUpRow(m_blue.data(), m_green.data(), m_red.data(), m_tables.lutB, m_tables.lutG, m_tables.lutR,
+                  m_width, image);
         if (m_buffers.picture)
             reduceRow(image, int(3 * m_width), m_buffers.picture + start);
     }
@@ -203,8 +283,6 @@ private:
     std::vector<quint16> m_red;
     std::vector<quint16> m_green;
     std::vector<quint16> m_blue;
-    /** A row of the adjusted image that nobody keeps. */
-    std::vector<quint16> m_line;
 };
 } // namespace
 

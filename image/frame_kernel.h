@@ -19,15 +19,17 @@ enum class Cores { All, One };
 
 /**
  * Where a frame comes from and where it goes; the buffers hold width x height samples or three times that. In
- * colour, what is not wanted may be null.
+ * colour, what is not wanted may be null; a picture without an image comes of the tables of 8 bits.
  */
 struct Buffers {
     const uchar *codes;
     int width;
     int height;
     quint16 *raw;
+    /** Blue, green, red. */
     quint16 *image;
-    /** 8 bits a channel, rows without padding. */
+    /** 8 bits a channel, rows without padding; in the order of the image or, without one, red, green, blue.
+     */
     uchar *picture;
     Cores cores = Cores::All;
 };
@@ -45,6 +47,10 @@ struct ColorTables {
     const quint16 *lutR;
     const quint16 *lutG;
     const quint16 *lutB;
+    /** The same at 8 bits, where a picture is wanted without an image. */
+    const uchar *bytesR = nullptr;
+    const uchar *bytesG = nullptr;
+    const uchar *bytesB = nullptr;
     /** The mosaic starts with green, blue instead of red, green. */
     bool startsWithGreen;
 };

@@ -3,10 +3,12 @@
 #include "image/developed_frame.h"
 #include "image/frame_kernel.h"
 #include "image/img_adj_data.h"
+#include "image/sample_depth.h"
 
 #include <opencv2/core.hpp>
 
 #include <algorithm>
+#include <array>
 
 namespace
 {
@@ -19,11 +21,33 @@ quint16 *fresh(QList<quint16> &list, qsizetype count)
     return list.data();
 }
 
-uchar *fresh(QImage &picture, int width, int height)
+uchar *fresh(QImage &picture, int width, int height, QImage::Format format)
 {
-    if (!picture.isDetached() || picture.size() != QSize(width, height))
-        picture = ImgAdjUtil::unpaddedImage(width, height, QImage::Format_BGR888);
+    if (!picture.isDetached() || picture.size() != QSize(width, height) || picture.format() != format)
+        picture = ImgAdjUtil::unpaddedImage(width, height, format);
     return picture.bits();
+}
+
+/** Those of an untouched look are one table, which fits into the cache much better than three. */
+void makeByteTables(const ImgAdjData &adj, ByteTables &tables)
+{
+    const std::array luts{adj.lutR, adj.lutG, adj.lutB};
+    for (std::size_t i = 0; i < luts.size(); ++i) {
+        // Lists share their content until one of them changes, so that the same place has the same content.
+        const auto isSame = [lut = luts[i].constData()](const QList<quint16> &other) {
+            return other.constData() == lut;
+        };
+        if (isSame(tables.luts[i]) && !tables.bytes[i].isEmpty())
+            continue;
+        tables.luts[i] = luts[i];
+        const auto same = std::find_if(luts.begin(), luts.begin() + i, isSame);
+        if (same != luts.begin() + i) {
+            tables.bytes[i] = tables.bytes[std::size_t(same - luts.begin())];
+            continue;
+        }
+        tables.bytes[i] = QList<uchar>(luts[i].size());
+        std::transform(luts[i].begin(), luts[i].end(), tables.bytes[i].begin(), to8Bits);
+    }
 }
 
 /** Whether the adjusted image is the mosaic's pixels in their places, each through its table. */
@@ -46,7 +70,7 @@ FrameKernel::CodeTable balancedTable(const FrameKernel::CodeTable &widened, doub
     return table;
 }
 
-void developColor(const ImgAdjData &adj, const FrameKernel::CodeTable &widened,
+void developColor(const ImgAdjData &adj, const FrameKernel::CodeTable &widened, ByteTables &byteTables,
                   const FrameKernel::Buffers &buffers)
 {
     const auto red = balancedTable(widened, adj.wbR.toDouble() * adj.wbCalR.toDouble());
@@ -64,6 +88,12 @@ void developColor(const ImgAdjData &adj, const FrameKernel::CodeTable &widened,
     tables.lutR = adj.lutR.constData();
     tables.lutG = adj.lutG.constData();
     tables.lutB = adj.lutB.constData();
+    if (!buffers.image) {
+        makeByteTables(adj, byteTables);
+        tables.bytesR = byteTables.bytes[0].constData();
+        tables.bytesG = byteTables.bytes[1].constData();
+        tables.bytesB = byteTables.bytes[2].constData();
+    }
     FrameKernel::developColor(tables, buffers);
 }
 } // namespace
@@ -102,6 +132,7 @@ void ImgAdjUtil::developFrame(const ImgAdjData &adj, QByteArrayView payload, qui
     const bool saved = frame.use != Use::Shown;
     const bool withSamples = mono || frame.use != Use::SavedImage;
     const bool withPicture = mono || frame.use != Use::SavedVideo;
+    const QImage::Format pictureFormat = withSamples ? QImage::Format_BGR888 : QImage::Format_RGB888;
     frame.marked = {};
     if (!withSamples)
         frame.clean = {};
@@ -113,11 +144,11 @@ void ImgAdjUtil::developFrame(const ImgAdjData &adj, QByteArrayView payload, qui
         .height = frame.height,
         .raw = saved && !mono ? nullptr : frame.raw.data(),
         .image = withSamples ? fresh(frame.clean, pixels * 3) : nullptr,
-        .picture = withPicture ? fresh(frame.picture, frame.width, frame.height) : nullptr,
+        .picture = withPicture ? fresh(frame.picture, frame.width, frame.height, pictureFormat) : nullptr,
         .cores = saved ? FrameKernel::Cores::One : FrameKernel::Cores::All};
     if (mono)
         FrameKernel::developMono({.raw = &m_lut8To16, .lut = adj.lutG.constData()}, buffers);
     else
-        developColor(adj, m_lut8To16, buffers);
+        developColor(adj, m_lut8To16, frame.byteTables, buffers);
     frame.marked = frame.clean;
 }

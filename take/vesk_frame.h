@@ -55,7 +55,10 @@ public:
     bool set(const QByteArray &data, quint16 width, quint16 height, quint32 imgSize, quint32 metaSize,
              quint64 yearOffset);
 
-    /** The picture, 8 bits a channel (Format_BGR888): with overlays, or without them when clean is set. */
+    /**
+     * The picture, 8 bits a channel: with overlays, or without them when clean is set. Format_BGR888; of a
+     * frame decoded for a saved image it may be Format_RGB888, which image files have.
+     */
     QImage image(bool clean) const;
     /** The picture with overlays as 16-bit gray (Format_Grayscale16). */
     QImage grayImage() const;

@@ -8,6 +8,10 @@
 
 #include <QTest>
 
+#include <opencv2/core/utility.hpp>
+
+#include <algorithm>
+
 /** Decoded frames equal the plain sequence of library calls to the bit, whichever way they take. */
 class TestDevelopIdentity : public QObject
 {
@@ -24,10 +28,14 @@ private slots:
     void monochromeOfAnySizeEqualsThePlainSequence();
     void buffersOfAnotherSizeOrLookLeaveNoTrace();
     void picturesStillShownAreNotWrittenTo();
+    void savedPictureFollowsItsTables();
+    void processorWithoutWideVectorsDoesTheSame_data();
+    void processorWithoutWideVectorsDoesTheSame();
 
 private:
     void compareWithPlain(const ImgAdjData &adj, VeskFrame &frame, const QByteArray &codes, int width,
                           int height);
+    void compareSavedPicture(VeskFrame &frame, const QByteArray &codes, int width, int height);
 
     PlainSequence m_plain;
 };
@@ -53,6 +61,19 @@ void TestDevelopIdentity::compareWithPlain(const ImgAdjData &adj, VeskFrame &fra
     QVERIFY(frame.marked() == m_plain.marked());
     QCOMPARE(frame.image(false).size(), QSize(m_plain.width(), m_plain.height()));
     QVERIFY(pictureBytes(frame.image(false)) == m_plain.picture());
+    VeskFrame saved(&adj, nullptr);
+    compareSavedPicture(saved, codes, width, height);
+}
+
+/** That of a frame which is only saved, with what the plain sequence has made of the same codes. */
+void TestDevelopIdentity::compareSavedPicture(VeskFrame &frame, const QByteArray &codes, int width, int height)
+{
+    frame.decodeFor(DevelopedFrame::Use::SavedImage);
+    QVERIFY(
+        frame.set(TestFrames::record(codes), quint16(width), quint16(height), quint32(codes.size()), 32, 0));
+    const QImage picture = frame.image(false).convertToFormat(QImage::Format_BGR888);
+    QCOMPARE(picture.size(), QSize(m_plain.width(), m_plain.height()));
+    QVERIFY(pictureBytes(picture) == m_plain.picture());
 }
 
 void TestDevelopIdentity::everySizeAndMosaicEqualsThePlainSequence_data()
@@ -211,6 +232,49 @@ void TestDevelopIdentity::picturesStillShownAreNotWrittenTo()
         QVERIFY(pictureBytes(pictures[seed]) == m_plain.picture());
         QVERIFY(images[seed] == m_plain.clean());
     }
+}
+
+void TestDevelopIdentity::savedPictureFollowsItsTables()
+{
+    const ImgAdjData strong = TestFrames::strongAdjustment(ImgAdjUtil::CfaRGGB);
+    ImgAdjData adj = strong;
+    VeskFrame frame(&adj, nullptr);
+    frame.decodeInPlace();
+    const QByteArray codes = TestFrames::noise(64, 48, 1);
+    const auto compare = [&] {
+        m_plain.set(adj, codes, 64, 48);
+        compareSavedPicture(frame, codes, 64, 48);
+    };
+    compare();
+    adj.lutR = adj.lutB = adj.lutG; // all the same
+    compare();
+    adj.lutR = strong.lutR; // one of its own
+    compare();
+    adj.lutB = adj.lutR;
+    adj.lutG = strong.lutB;
+    compare();
+    for (quint16 &entry : adj.lutR) // in its place, which it shared with blue
+        entry = quint16(65535 - entry);
+    compare();
+    std::ranges::reverse(adj.lutG); // in its place, which it shares with nobody but the frame
+    compare();
+    adj = strong;
+    compare();
+}
+
+void TestDevelopIdentity::processorWithoutWideVectorsDoesTheSame_data()
+{
+    everySizeAndMosaicEqualsThePlainSequence_data();
+}
+
+void TestDevelopIdentity::processorWithoutWideVectorsDoesTheSame()
+{
+    if (!cv::checkHardwareSupport(CV_CPU_AVX2))
+        return; // it has done so all along
+    cv::setUseOptimized(false);
+    QVERIFY(!cv::checkHardwareSupport(CV_CPU_AVX2));
+    everySizeAndMosaicEqualsThePlainSequence();
+    cv::setUseOptimized(true);
 }
 
 VESK_TEST_MAIN(TestDevelopIdentity)
