@@ -8,6 +8,8 @@
 #include <QFile>
 #include <QImageWriter>
 
+#include <future>
+
 bool ImgFileWriter::start()
 {
     // The thread has had this name ever since it wrote films, too; debuggers and logs know it by it.
@@ -40,36 +42,39 @@ void ImgFileWriterWorker::writeFrames(QByteArray data, qlonglong dataFrameCnt, q
         emit finished(SaveJob::FinishDone);
 }
 
-/** Whether all are written. No image is written behind one that failed, and none is still at work at the end.
- */
+/** Whether all are written. None is still at work at the end. */
 bool ImgFileWriterWorker::writeRecords(const QByteArray &data, qlonglong count, qlonglong firstIndex)
 {
-    const bool written = tried([&] { return makeImages(data, count, firstIndex); });
-    for (Lane &lane : m_lanes) {
-        if (lane.written.valid())
-            lane.written.wait();
-        lane.written = {};
-    }
-    return written;
+    Chunk chunk{.data = data, .count = count, .firstIndex = firstIndex};
+    std::vector<std::future<void>> others;
+    // The images of a lane that cannot begin are made by the others.
+    tried([&] {
+        for (std::size_t i = 1; i < m_lanes.size(); ++i)
+            others.push_back(std::async(std::launch::async, [&, i] { makeImages(m_lanes[i], chunk); }));
+        return true;
+    });
+    makeImages(m_lanes[0], chunk);
+    for (const std::future<void> &other : others)
+        other.wait();
+    return !chunk.failed;
 }
 
-/** Throws where the system has no memory or thread left. */
-bool ImgFileWriterWorker::makeImages(const QByteArray &data, qlonglong count, qlonglong firstIndex)
+/**
+ * No image is written behind one that failed. The GUI thread may be waiting for the end: it gets it after the
+ * images at hand, not after a whole chunk.
+ */
+void ImgFileWriterWorker::makeImages(Lane &lane, Chunk &chunk) const
 {
-    std::shared_future<bool> before;
-    qlonglong i = 0;
-    for (; i < count; ++i) {
-        Lane &lane = m_lanes[std::size_t(i) % m_lanes.size()];
-        // The GUI thread may be waiting for the end: it gets it after these images, not after a whole chunk.
-        if (hasEnded() || (lane.written.valid() && !lane.written.get()))
-            break;
-        before = lane.written = std::async(std::launch::async, [this, &lane, &data, before, firstIndex, i] {
-            const bool encoded = encode(lane, data, i);
-            return (!before.valid() || before.get()) && encoded && write(lane, firstIndex + i);
-        });
+    for (qlonglong i = chunk.taken++; i < chunk.count; i = chunk.taken++) {
+        const bool encoded =
+            !chunk.failed && !hasEnded() && tried([&] { return encode(lane, chunk.data, i); });
+        for (qlonglong ended = chunk.ended; ended < i; ended = chunk.ended)
+            chunk.ended.wait(ended);
+        if (!encoded || chunk.failed || !tried([&] { return write(lane, chunk.firstIndex + i); }))
+            chunk.failed = true;
+        chunk.ended = i + 1;
+        chunk.ended.notify_all();
     }
-    // It waits for all before it.
-    return (i == 0 || before.get()) && i == count;
 }
 
 /** An image that the disk does not take whole is removed again. */

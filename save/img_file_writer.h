@@ -3,7 +3,7 @@
 #include "save/develop_worker.h"
 #include "save/vesk_writer.h"
 
-#include <future>
+#include <atomic>
 #include <vector>
 
 class PlaybackVeskObject;
@@ -24,7 +24,8 @@ public:
 
 /**
  * Decodes, adjusts and writes the frames. Lives on the writer's thread. A few images are made at the same
- * time, each on a thread that lasts as long as that, and written one after the other.
+ * time, one on that thread and each other on one that lasts as long as the chunk, and written one after the
+ * other.
  */
 class ImgFileWriterWorker : public DevelopWorker
 {
@@ -43,12 +44,21 @@ private:
         VeskFrame *frame;
         /** The file of the image. */
         QByteArray encoded;
-        /** Whether the image, and all before it, are written. */
-        std::shared_future<bool> written;
+    };
+    /** What the lanes make images of. Each takes the next frame that no other has. */
+    struct Chunk {
+        const QByteArray &data;
+        qlonglong count;
+        /** Of the first frame in the save. */
+        qlonglong firstIndex;
+        std::atomic<qlonglong> taken = 0;
+        /** The images up to here are written or, behind one that is not, left out. */
+        std::atomic<qlonglong> ended = 0;
+        std::atomic<bool> failed = false;
     };
 
     bool writeRecords(const QByteArray &data, qlonglong count, qlonglong firstIndex);
-    bool makeImages(const QByteArray &data, qlonglong count, qlonglong firstIndex);
+    void makeImages(Lane &lane, Chunk &chunk) const;
     bool encode(Lane &lane, const QByteArray &data, qlonglong index) const;
     bool write(const Lane &lane, qlonglong frameIndex) const;
     bool openFree(QFile &file, qlonglong frameIndex) const;

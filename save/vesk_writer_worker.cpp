@@ -7,7 +7,7 @@ VeskWriterWorker::VeskWriterWorker() = default;
 /** An event loop that is told to quit still delivers all that is queued already. */
 bool VeskWriterWorker::hasEnded() const
 {
-    return m_failed || QThread::currentThread()->isInterruptionRequested();
+    return m_failed || thread()->isInterruptionRequested();
 }
 
 bool VeskWriterWorker::isWhole(const QByteArray &data, qlonglong dataFrameCnt, qsizetype frameSize)
