@@ -66,7 +66,8 @@ void TestDevelopIdentity::compareWithPlain(const ImgAdjData &adj, VeskFrame &fra
 }
 
 /** That of a frame which is only saved, with what the plain sequence has made of the same codes. */
-void TestDevelopIdentity::compareSavedPicture(VeskFrame &frame, const QByteArray &codes, int width, int height)
+void TestDevelopIdentity::compareSavedPicture(VeskFrame &frame, const QByteArray &codes, int width,
+                                              int height)
 {
     frame.decodeFor(DevelopedFrame::Use::SavedImage);
     QVERIFY(
