@@ -11,23 +11,10 @@
 #include <QFile>
 
 #include <algorithm>
-#include <utility>
 
 VeskFileReaderWorker::VeskFileReaderWorker(QIODevice *file, const Range &range)
     : m_file(file), m_range(range), m_framesRemaining(range.frCnt)
 {
-}
-
-qlonglong VeskFileReaderWorker::nextCount() const
-{
-    return std::min(m_framesRemaining, MaxChunkFrames);
-}
-
-QByteArray VeskFileReaderWorker::nextRecords() const
-{
-    const auto position = VeskFileFormat::framePosition(m_range.dataOffset, m_range.frameSize,
-                                                        m_range.startFr + m_framesRead, m_range.firstFr);
-    return VeskFileFormat::readRecords(*m_file, position, m_range.frameSize, nextCount());
 }
 
 void VeskFileReaderWorker::read()
@@ -35,8 +22,10 @@ void VeskFileReaderWorker::read()
     // The writer tells of its last chunks when there is nothing left to read.
     if (m_ended)
         return;
-    const qlonglong count = nextCount();
-    const QByteArray data = m_ahead.isNull() ? nextRecords() : std::exchange(m_ahead, {});
+    const qlonglong count = std::min(m_framesRemaining, MaxChunkFrames);
+    const auto position = VeskFileFormat::framePosition(m_range.dataOffset, m_range.frameSize,
+                                                        m_range.startFr + m_framesRead, m_range.firstFr);
+    const QByteArray data = VeskFileFormat::readRecords(*m_file, position, m_range.frameSize, count);
     // Records of no size would make a save of nothing that tells that it is complete.
     if (m_range.frameSize == 0 || count < 0 || data.size() != count * m_range.frameSize) {
         m_ended = true;
@@ -49,8 +38,6 @@ void VeskFileReaderWorker::read()
     emit readyRead(data, count, m_framesRead, m_framesRemaining);
     if (m_ended)
         emit finished(SaveJob::FinishDone);
-    else
-        m_ahead = nextRecords();
 }
 
 VeskFileReader::VeskFileReader(FileSaveJob *job) : VeskReader(job), m_job(job) {}

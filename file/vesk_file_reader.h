@@ -38,7 +38,7 @@ public:
     VeskFileReaderWorker(QIODevice *file, const Range &range);
 
 public slots:
-    /** Tells the next chunk and then reads on; nothing behind the last one or a failure. */
+    /** Reads the next chunk; nothing behind the last one or a failure. */
     void read();
 
 signals:
@@ -46,23 +46,17 @@ signals:
     void finished(SaveJob::FinishState state, QString error = QString());
 
 private:
-    qlonglong nextCount() const;
-    /** The next chunk's, as far as they are there. */
-    QByteArray nextRecords() const;
-
     QIODevice *m_file;
     Range m_range;
     qlonglong m_framesRead = 0;
     qlonglong m_framesRemaining;
-    /** The next chunk, read while the writer has the one before; empty when it has not been read. */
-    QByteArray m_ahead;
     bool m_ended = false;
 };
 
 /**
  * Reads the frames of a save from an open native file, through a handle and on a thread of its own: the file
- * may play on meanwhile, and be closed. The next chunk is told when the writer has told of the one before; it
- * is read ahead, and no more than that one. Lives on the GUI thread; its parent is the job.
+ * may play on meanwhile, and be closed. The next chunk is read when the writer has told of the one before, so
+ * that no more than one waits for it. Lives on the GUI thread; its parent is the job.
  */
 class VeskFileReader : public VeskReader
 {
