@@ -19,7 +19,8 @@ enum class Cores { All, One };
 
 /**
  * Where a frame comes from and where it goes; the buffers hold width x height samples or three times that. In
- * colour, what is not wanted may be null; a picture without an image comes of the tables of 8 bits.
+ * colour, raw may be null and so may image or picture; a picture without an image comes of the tables of 8
+ * bits.
  */
 struct Buffers {
     const uchar *codes;

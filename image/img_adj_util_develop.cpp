@@ -39,14 +39,14 @@ void makeByteTables(const ImgAdjData &adj, ByteTables &tables)
         };
         if (isSame(tables.luts[i]) && !tables.bytes[i].isEmpty())
             continue;
-        tables.luts[i] = luts[i];
-        const auto same = std::find_if(luts.begin(), luts.begin() + i, isSame);
-        if (same != luts.begin() + i) {
-            tables.bytes[i] = tables.bytes[std::size_t(same - luts.begin())];
-            continue;
+        const auto same = std::size_t(std::ranges::find_if(luts, isSame) - luts.begin());
+        if (same < i) {
+            tables.bytes[i] = tables.bytes[same];
+        } else {
+            tables.bytes[i] = QList<uchar>(luts[i].size());
+            std::ranges::transform(luts[i], tables.bytes[i].begin(), to8Bits);
         }
-        tables.bytes[i] = QList<uchar>(luts[i].size());
-        std::transform(luts[i].begin(), luts[i].end(), tables.bytes[i].begin(), to8Bits);
+        tables.luts[i] = luts[i];
     }
 }
 

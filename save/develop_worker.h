@@ -5,7 +5,7 @@
 #include "save/vesk_writer_worker.h"
 #include "take/frame_geometry.h"
 
-#include <functional>
+#include <exception>
 
 class PlaybackVeskObject;
 class VeskFrame;
@@ -31,10 +31,25 @@ protected:
     bool isWhole(const QByteArray &data, qlonglong dataFrameCnt) const;
     /** Makes the picture of a record of a whole chunk, counted from 0. On any one thread. */
     bool develop(VeskFrame &frame, const QByteArray &data, qlonglong index) const;
-    /** What work tells; false, with a log line, where the system has no memory or thread left for it. */
-    static bool tried(const std::function<bool()> &work);
+    /**
+     * What work tells; false, with a log line, where the system has no memory or thread left for it. Lets
+     * nothing through: others may be waiting for what comes behind it.
+     */
+    template <class Work> static bool tried(const Work &work) noexcept
+    {
+        try {
+            return work();
+        } catch (const std::exception &problem) {
+            logProblem(problem.what());
+        } catch (...) {
+            logProblem("unknown");
+        }
+        return false;
+    }
 
 private:
+    static void logProblem(const char *problem) noexcept;
+
     FrameGeometry m_geometry;
     /** Seconds since 1970. */
     quint64 m_yearOffset;

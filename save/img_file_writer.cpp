@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QImageWriter>
 
+#include <algorithm>
 #include <future>
 
 bool ImgFileWriter::start()
@@ -46,10 +47,12 @@ void ImgFileWriterWorker::writeFrames(QByteArray data, qlonglong dataFrameCnt, q
 bool ImgFileWriterWorker::writeRecords(const QByteArray &data, qlonglong count, qlonglong firstIndex)
 {
     Chunk chunk{.data = data, .count = count, .firstIndex = firstIndex};
+    const std::size_t lanes = std::min(m_lanes.size(), std::size_t(count));
     std::vector<std::future<void>> others;
     // The images of a lane that cannot begin are made by the others.
     tried([&] {
-        for (std::size_t i = 1; i < m_lanes.size(); ++i)
+        others.reserve(lanes);
+        for (std::size_t i = 1; i < lanes; ++i)
             others.push_back(std::async(std::launch::async, [&, i] { makeImages(m_lanes[i], chunk); }));
         return true;
     });
@@ -63,7 +66,7 @@ bool ImgFileWriterWorker::writeRecords(const QByteArray &data, qlonglong count, 
  * No image is written behind one that failed. The GUI thread may be waiting for the end: it gets it after the
  * images at hand, not after a whole chunk.
  */
-void ImgFileWriterWorker::makeImages(Lane &lane, Chunk &chunk) const
+void ImgFileWriterWorker::makeImages(Lane &lane, Chunk &chunk) const noexcept
 {
     for (qlonglong i = chunk.taken++; i < chunk.count; i = chunk.taken++) {
         const bool encoded =
@@ -109,5 +112,5 @@ bool ImgFileWriterWorker::encode(Lane &lane, const QByteArray &data, qlonglong i
     lane.encoded.resize(0);
     QBuffer buffer(&lane.encoded);
     return buffer.open(QIODevice::WriteOnly) &&
-           QImageWriter(&buffer, QByteArrayLiteral("tiff")).write(lane.frame->image(false));
+           QImageWriter(&buffer, QByteArrayLiteral("tiff")).write(lane.frame->fileImage());
 }

@@ -58,7 +58,7 @@ private:
     };
 
     bool writeRecords(const QByteArray &data, qlonglong count, qlonglong firstIndex);
-    void makeImages(Lane &lane, Chunk &chunk) const;
+    void makeImages(Lane &lane, Chunk &chunk) const noexcept;
     bool encode(Lane &lane, const QByteArray &data, qlonglong index) const;
     bool write(const Lane &lane, qlonglong frameIndex) const;
     bool openFree(QFile &file, qlonglong frameIndex) const;

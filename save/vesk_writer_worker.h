@@ -34,7 +34,7 @@ protected:
     void failWriting();
     /** The chunk is made of as many records as it tells, each of the source's own size in bytes. */
     static bool isWhole(const QByteArray &data, qlonglong dataFrameCnt, qsizetype frameSize);
-    /** The writing has ended: what still comes in is dropped. On any one thread while a chunk is written. */
+    /** The writing has ended: what still comes in is dropped. On any thread while a chunk is written. */
     bool hasEnded() const;
 
 private:

@@ -118,12 +118,17 @@ void VeskFrame::setRgbPoint(const QPoint &point)
 QImage VeskFrame::image(bool clean) const
 {
     if (!clean && !m_frame.picture.isNull())
-        return m_frame.picture;
+        return m_frame.picture.convertToFormat(QImage::Format_BGR888);
     if (m_frame.clean.isEmpty())
         return {};
     QImage picture = ImgAdjUtil::unpaddedImage(width(), height(), QImage::Format_BGR888);
     engine()->lut16To8Convert(clean ? m_frame.clean : m_frame.marked, picture.bits());
     return picture;
+}
+
+QImage VeskFrame::fileImage() const
+{
+    return m_frame.picture.isNull() ? image(false) : m_frame.picture;
 }
 
 QImage VeskFrame::grayImage() const

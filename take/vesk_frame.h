@@ -43,7 +43,7 @@ public:
      * may leave the one before in pieces.
      */
     void decodeInPlace() { m_inPlace = true; }
-    /** From now on a frame is decoded on one core for image(false) or for marked(), and may have no more. */
+    /** From now on a frame is decoded on one core for fileImage() or for marked(), and may have no more. */
     void decodeFor(DevelopedFrame::Use use) { m_frame.use = m_nextFrame.use = use; }
 
     /**
@@ -55,11 +55,10 @@ public:
     bool set(const QByteArray &data, quint16 width, quint16 height, quint32 imgSize, quint32 metaSize,
              quint64 yearOffset);
 
-    /**
-     * The picture, 8 bits a channel: with overlays, or without them when clean is set. Format_BGR888; of a
-     * frame decoded for a saved image it may be Format_RGB888, which image files have.
-     */
+    /** The picture, 8 bits a channel (Format_BGR888): with overlays, or without them when clean is set. */
     QImage image(bool clean) const;
+    /** image(false) for an image file, which may have it in another order of the channels. */
+    QImage fileImage() const;
     /** The picture with overlays as 16-bit gray (Format_Grayscale16). */
     QImage grayImage() const;
 

@@ -1,11 +1,14 @@
 #include "camera/vesk_value.h"
 #include "file/vesk_file.h"
 #include "file/vesk_file_save_job.h"
+#include "save/img_file_save_job.h"
 #include "save/save_manager.h"
 #include "tests/file/hand_made_file.h"
 #include "tests/support/vesk_test_main.h"
 
 #include <QDir>
+#include <QElapsedTimer>
+#include <QImage>
 #include <QtEndian>
 
 #include <memory>
@@ -162,6 +165,30 @@ private slots:
         m_job->open();
         QVERIFY(fileAt(1));
         QCOMPARE(fileAt(1)->fileName(), m_folder->path("a (2).vesk"));
+    }
+
+    void cancelledImagesEndBeforeTheChunkDoes()
+    {
+        constexpr QSize size(4096, 2048);
+        constexpr int frames = 10; // of one chunk
+        QByteArray json = description(0, frames - 1);
+        json.replace("4x2", "4096x2048");
+        openFile(usual(json, QByteArray(frames * (8 + size.width() * size.height()), 'x')));
+        ImgFileSaveJob job(SaveSource(fileAt(0)), 0, frames, Util::FormatTiff,
+                           FileNameTemplate(m_folder->path({}), "shot", Util::FormatTiff, 0), nullptr);
+        job.start();
+        const auto images = [this] { return QDir(m_folder->path({})).entryList({"*.tiff"}, QDir::Files); };
+        QElapsedTimer clock;
+        clock.start();
+        while (images().isEmpty() && clock.elapsed() < 10000)
+            QCoreApplication::processEvents();
+        job.cancel();
+        QCOMPARE(job.state(), SaveJob::Cancelled);
+        const QStringList saved = images();
+        QVERIFY(!saved.isEmpty());
+        QVERIFY2(saved.size() < frames, qPrintable(saved.join(' ')));
+        for (const QString &image : saved)
+            QCOMPARE(QImage(m_folder->path(image)).size(), size);
     }
 
     void savedFileWithANumberSignInItsNameOpens()

@@ -6,6 +6,7 @@
 #include "tests/image/test_frames.h"
 #include "tests/support/vesk_test_main.h"
 
+#include <QScopeGuard>
 #include <QTest>
 
 #include <opencv2/core/utility.hpp>
@@ -72,9 +73,12 @@ void TestDevelopIdentity::compareSavedPicture(VeskFrame &frame, const QByteArray
     frame.decodeFor(DevelopedFrame::Use::SavedImage);
     QVERIFY(
         frame.set(TestFrames::record(codes), quint16(width), quint16(height), quint32(codes.size()), 32, 0));
-    const QImage picture = frame.image(false).convertToFormat(QImage::Format_BGR888);
-    QCOMPARE(picture.size(), QSize(m_plain.width(), m_plain.height()));
-    QVERIFY(pictureBytes(picture) == m_plain.picture());
+    QCOMPARE(frame.image(false).format(), QImage::Format_BGR888);
+    for (const QImage &picture :
+         {frame.image(false), frame.fileImage().convertToFormat(QImage::Format_BGR888)}) {
+        QCOMPARE(picture.size(), QSize(m_plain.width(), m_plain.height()));
+        QVERIFY(pictureBytes(picture) == m_plain.picture());
+    }
 }
 
 void TestDevelopIdentity::everySizeAndMosaicEqualsThePlainSequence_data()
@@ -257,6 +261,8 @@ void TestDevelopIdentity::savedPictureFollowsItsTables()
     for (quint16 &entry : adj.lutR) // in its place, which it shared with blue
         entry = quint16(65535 - entry);
     compare();
+    std::ranges::reverse(adj.lutG);
+    compare();
     std::ranges::reverse(adj.lutG); // in its place, which it shares with nobody but the frame
     compare();
     adj = strong;
@@ -273,9 +279,9 @@ void TestDevelopIdentity::processorWithoutWideVectorsDoesTheSame()
     if (!cv::checkHardwareSupport(CV_CPU_AVX2))
         return; // it has done so all along
     cv::setUseOptimized(false);
+    const auto restore = qScopeGuard([] { cv::setUseOptimized(true); });
     QVERIFY(!cv::checkHardwareSupport(CV_CPU_AVX2));
     everySizeAndMosaicEqualsThePlainSequence();
-    cv::setUseOptimized(true);
 }
 
 VESK_TEST_MAIN(TestDevelopIdentity)
