@@ -56,9 +56,10 @@ void FaultSocket::closeAfter(qint64 bytes)
 
 qint64 FaultSocket::bytesToWrite() const
 {
-    if (m_mode == Mode::Closed)
+    const qint64 waiting = QTcpSocket::bytesToWrite() + m_held.size();
+    if (m_mode == Mode::Closed || (m_mode == Mode::Run && waiting > 0))
         return std::numeric_limits<qint64>::max();
-    return QTcpSocket::bytesToWrite() + m_held.size();
+    return waiting;
 }
 
 qint64 FaultSocket::writeData(const char *data, qint64 size)
