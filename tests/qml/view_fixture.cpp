@@ -4,7 +4,6 @@
 #include "camera/camera.h"
 #include "file/vesk_file.h"
 #include "sim/camera.h"
-#include "tests/support/end_requests.h"
 
 #include <QElapsedTimer>
 #include <QQmlApplicationEngine>
@@ -87,7 +86,6 @@ void ViewFixture::close()
     m_engine.reset();
     qInstallMessageHandler(previousHandler);
     qDeleteAll(std::exchange(m_simulated, {}));
-    endRequests();
 }
 
 QStringList ViewFixture::warnings() const
