@@ -253,7 +253,7 @@ private:
         quint16 *own = ownIsRed ? m_red.data() : m_blue.data();
         quint16 *other = ownIsRed ? m_blue.data() : m_red.data();
         const int end = int(m_width) - 1;
-        demosaic()({row(y - 1), row(y), row(y + 1)}, end, rowStartsWithGreen, m_green.data(), own, other);
+        m_demosaic({row(y - 1), row(y), row(y + 1)}, end, rowStartsWithGreen, m_green.data(), own, other);
         for (quint16 *plane : {m_red.data(), m_green.data(), m_blue.data()}) {
             plane[0] = plane[1];
             plane[end] = plane[end - 1];
@@ -277,6 +277,7 @@ private:
 
     const ColorTables &m_tables;
     const Buffers &m_buffers;
+    Demosaic *m_demosaic = demosaic();
     std::size_t m_width;
     /** The last three white-balanced rows, row y at place y modulo 3. */
     std::vector<quint16> m_rows;

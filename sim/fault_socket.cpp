@@ -67,9 +67,7 @@ qint64 FaultSocket::writeData(const char *data, qint64 size)
     if (m_mode == Mode::Plain)
         return QTcpSocket::writeData(data, size);
     if (m_mode == Mode::Run) {
-        const qint64 toWrite = m_toWrite < 0 ? m_bodyOfAnswer : m_toWrite;
-        countAnswer(data, size);
-        const qint64 ofBody = m_toWrite < 0 ? 0 : toWrite - m_toWrite;
+        const qint64 ofBody = countAnswer(data, size);
         if (ofBody < size)
             QTcpSocket::writeData(data, size - ofBody);
         if (ofBody > 0)
@@ -95,16 +93,21 @@ void FaultSocket::countNextAnswer(qint64 bodySize)
 }
 
 /// The server makes a long answer bit by bit: that nothing is held does not mean that it is complete.
-void FaultSocket::countAnswer(const char *data, qint64 size)
+/// Returns how many of the bytes belong to the body.
+qint64 FaultSocket::countAnswer(const char *data, qint64 size)
 {
-    if (m_toWrite >= 0) {
-        m_toWrite = std::max<qint64>(m_toWrite - size, 0);
-        return;
+    qint64 ofBody = size;
+    if (m_toWrite < 0) {
+        m_answerHead.append(data, size);
+        const qsizetype end = m_answerHead.indexOf("\r\n\r\n");
+        if (end < 0)
+            return 0;
+        m_toWrite = m_bodyOfAnswer;
+        ofBody = m_answerHead.size() - end - 4;
     }
-    m_answerHead.append(data, size);
-    const qsizetype end = m_answerHead.indexOf("\r\n\r\n");
-    if (end >= 0)
-        m_toWrite = std::max<qint64>(m_bodyOfAnswer - (m_answerHead.size() - end - 4), 0);
+    ofBody = std::min(ofBody, m_toWrite);
+    m_toWrite -= ofBody;
+    return ofBody;
 }
 
 /// The next bytes of the run. The last of them, and what the network does not take at once, go through the

@@ -34,7 +34,7 @@ public:
     void closeAfter(qint64 bytes);
 
     /// With what a fault holds back, as the HTTP server goes by it: it makes no more of a long answer while
-    /// much of it waits. Of a closed connection it is without end.
+    /// much of it waits. Without end while any of a run waits, and of a closed connection.
     qint64 bytesToWrite() const override;
 
     /// Breaks the connection when `bytes` bytes of the upload's body are in. Call it at uploadBegan().
@@ -55,7 +55,7 @@ private:
     bool findUpload(qint64 *fresh);
     void readOn();
     void countNextAnswer(qint64 bodySize);
-    void countAnswer(const char *data, qint64 size);
+    qint64 countAnswer(const char *data, qint64 size);
     void sendFrames(qint64 size);
     void beginDrop();
     void sendDrop();

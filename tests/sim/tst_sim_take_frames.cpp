@@ -1,13 +1,6 @@
-#include "camera_fixture.h"
-#include "take_frames.h"
-
-#include "sim/footage.h"
-#include "sim/frame_run.h"
+#include "take_frames_case.h"
 
 #include <algorithm>
-#include <array>
-#include <sys/socket.h>
-#include <unistd.h>
 
 using namespace q4sim;
 using namespace std::chrono_literals;
@@ -15,10 +8,6 @@ using namespace std::chrono_literals;
 namespace
 {
 
-constexpr qint64 nsPerSecond = 1000000000;
-constexpr int width = 320;
-constexpr int height = 120;
-constexpr int recordSize = 32 + width * height;
 using Time = std::pair<quint32, quint32>;
 
 // 9-bit sample of a code, by the three segments of slope 1, 2 and 4.
@@ -30,23 +19,19 @@ int expanded(quint8 code)
 } // namespace
 
 // Frames of takes: which they are, when they were, and what is in them.
-class TestSimTakeFrames : public QObject
+class TestSimTakeFrames : public QObject, private TakeFramesCase
 {
     Q_OBJECT
 
+public:
+    TestSimTakeFrames() : TakeFramesCase(QStringLiteral("127.0.1.81")) {}
+
 private slots:
-    void init();
+    void init() { start(); }
     void oneFrameFormGivesThatFrame_data();
     void oneFrameFormGivesThatFrame();
     void oldFamilyHeadersDescribeTheFrame();
     void pixelsAreThoseOfTheTakesScene();
-    void runFormGivesTheFramesInOrder();
-    void longRunComesWhole_data();
-    void longRunComesWhole();
-    void longRunWaitsForItsClient();
-    void connectionThatTakesLittleGetsEveryByteOnce_data();
-    void connectionThatTakesLittleGetsEveryByteOnce();
-    void endlessRunStartsAtOnceAndEndsWithItsClient();
     void recordedFramesCountFromTheTrigger();
     void frameTimesFollowTheRate_data();
     void frameTimesFollowTheRate();
@@ -61,28 +46,7 @@ private slots:
     void correctionTakesNoiseAway();
     void badTransfersAreRefused_data();
     void badTransfersAreRefused();
-
-private:
-    QByteArray transfer(int take, qint64 start, qint64 cnt = 1)
-    {
-        return m_fix.client().send("POST", "/xfer", transferOf(take, start, cnt)).body;
-    }
-    void make(const TakeOrder &order)
-    {
-        QString error;
-        QVERIFY2(m_fix.camera().makeTake(order, &error) > 0, qPrintable(error));
-    }
-
-    CameraFixture m_fix{QStringLiteral("127.0.1.81")};
 };
-
-// 1000 frames a second of 320x120 from 2025-03-14 09:26:53 on.
-void TestSimTakeFrames::init()
-{
-    Config config = m_fix.config();
-    config.resolutions = QStringList{"320x120", "320x240"};
-    m_fix.start(config);
-}
 
 void TestSimTakeFrames::oneFrameFormGivesThatFrame_data()
 {
@@ -135,129 +99,6 @@ void TestSimTakeFrames::pixelsAreThoseOfTheTakesScene()
             different += quint8(record[32 + y * 640 + x]) != pixel(scene, -33, x, y);
     }
     QCOMPARE(different, 0);
-}
-
-void TestSimTakeFrames::runFormGivesTheFramesInOrder()
-{
-    make({});
-    const Reply reply = m_fix.client().send("POST", "/xfer", transferOf(1, -2, 5));
-    QCOMPARE(reply.header("Img-Size"), QByteArray("38400"));
-    QCOMPARE(reply.body.size(), 5 * recordSize);
-    for (int i = 0; i < 5; ++i) {
-        const QByteArray record = reply.body.mid(i * recordSize, recordSize);
-        QCOMPARE(shownNumber(record, width), std::optional<qint32>(i - 2));
-        QCOMPARE(record, transfer(1, i - 2));
-    }
-}
-
-void TestSimTakeFrames::longRunComesWhole_data()
-{
-    QTest::addColumn<TakeOrder>("order");
-    QTest::newRow("of a scene that moves") << TakeOrder{.first = -500, .last = 499};
-    QTest::newRow("of frames that are all the same")
-        << TakeOrder{.first = -500, .last = 499, .look = Look::Plain};
-    QTest::newRow("of frames of which one differs")
-        << TakeOrder{.first = -500,
-                     .last = 499,
-                     .look = Look::Plain,
-                     .changes = {{.first = 3, .last = 3, .x = 5, .y = 7, .add = 30}}};
-}
-
-void TestSimTakeFrames::longRunComesWhole()
-{
-    QFETCH(const TakeOrder, order);
-    make(order);
-    const Reply reply = m_fix.client().send("POST", "/xfer", transferOf(1, -500, 1000));
-    QCOMPARE(reply.error, QNetworkReply::NoError);
-    QCOMPARE(reply.header("Content-Length"), QByteArray("38432000"));
-    QCOMPARE(reply.body.size(), 1000 * recordSize);
-    for (int i = 0; i < 1000; i += 20) // short runs, which are made before they are sent
-        QVERIFY2(reply.body.mid(i * recordSize, 20 * recordSize) == transfer(1, i - 500, 20),
-                 qPrintable(QString::number(i)));
-    // The connection is as good as before.
-    QCOMPARE(transfer(1, 7).size(), recordSize);
-}
-
-void TestSimTakeFrames::longRunWaitsForItsClient()
-{
-    make({.first = 0, .last = 999, .look = Look::Plain, .code = 77});
-    QNetworkReply *reply = m_fix.client().start("POST", "/xfer", transferOf(1, 0, 1000));
-    // The network manager forgets a limit that it is told before it has begun.
-    connect(reply, &QNetworkReply::metaDataChanged, this, [reply] { reply->setReadBufferSize(100000); });
-    QByteArray body;
-    qint64 mostWaiting = 0;
-    const auto take = [&] {
-        mostWaiting = std::max(mostWaiting, reply->bytesAvailable());
-        body += reply->readAll();
-    };
-    // Others are served meanwhile, until the network takes no more.
-    QVERIFY(QTest::qWaitFor([reply] { return reply->bytesAvailable() >= recordSize; }, 20000));
-    for (int i = 0; i < 100; ++i)
-        QCOMPARE(m_fix.client().get().status, 200);
-    connect(reply, &QNetworkReply::readyRead, this, take);
-    QSignalSpy finished(reply, &QNetworkReply::finished);
-    take();
-    QVERIFY(finished.wait(60000));
-    take();
-    QVERIFY2(mostWaiting < body.size() / 2, qPrintable(QString::number(mostWaiting)));
-    QCOMPARE(body.size(), 1000 * recordSize);
-    for (int i = 0; i < 1000; i += 20)
-        QVERIFY2(body.mid(i * recordSize, 20 * recordSize) == transfer(1, i, 20),
-                 qPrintable(QString::number(i)));
-    reply->deleteLater();
-}
-
-void TestSimTakeFrames::connectionThatTakesLittleGetsEveryByteOnce_data()
-{
-    QTest::addColumn<Look>("look");
-    QTest::newRow("of a scene that moves") << Look::Moving;
-    QTest::newRow("of frames that are all the same") << Look::Plain;
-}
-
-void TestSimTakeFrames::connectionThatTakesLittleGetsEveryByteOnce()
-{
-    QFETCH(const Look, look);
-    const auto footage = std::make_shared<const Footage>();
-    const auto scene =
-        std::make_shared<const SceneRenderer>(SceneParams{.width = 320, .height = 120, .look = look});
-    const QByteArray whole = FrameRun(footage, scene, -3, 7).readAll();
-    FrameRun run(footage, scene, -3, 7);
-    std::array<int, 2> ends{};
-    QCOMPARE(socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK, 0, ends.data()), 0);
-    const int small = 5000;
-    QCOMPARE(setsockopt(ends[0], SOL_SOCKET, SO_SNDBUF, &small, sizeof small), 0);
-    QByteArray body;
-    int refused = 0;
-    for (qint64 sent = 0; body.size() < whole.size();) {
-        const qint64 wanted = std::min<qint64>(70001, whole.size() - sent);
-        const qint64 taken = run.send(ends[0], sent, wanted);
-        refused += taken < wanted;
-        sent += taken;
-        QByteArray part(3001, Qt::Uninitialized);
-        const ssize_t got = read(ends[1], part.data(), size_t(part.size()));
-        QVERIFY(got > 0);
-        body += part.first(got);
-    }
-    close(ends[0]);
-    close(ends[1]);
-    QVERIFY(refused > 0);
-    QVERIFY(body == whole);
-}
-
-void TestSimTakeFrames::endlessRunStartsAtOnceAndEndsWithItsClient()
-{
-    make({.first = 0, .last = 1LL << 33});
-    QNetworkReply *reply = m_fix.client().start("POST", "/xfer", transferOf(1, 0, 1LL << 33));
-    reply->setReadBufferSize(1 << 20);
-    QVERIFY(QTest::qWaitFor([reply] { return reply->bytesAvailable() >= 3 * recordSize; }, 20000));
-    QCOMPARE(reply->header(QNetworkRequest::ContentLengthHeader).toLongLong(), recordSize * (1LL << 33));
-    QCOMPARE(shownNumber(reply->read(recordSize), width), std::optional<qint32>(0));
-    QCOMPARE(shownNumber(reply->read(recordSize), width), std::optional<qint32>(1));
-    // Others are served meanwhile.
-    QCOMPARE(m_fix.client().get().status, 200);
-    reply->abort();
-    reply->deleteLater();
-    QCOMPARE(m_fix.client().get().status, 200);
 }
 
 void TestSimTakeFrames::recordedFramesCountFromTheTrigger()
