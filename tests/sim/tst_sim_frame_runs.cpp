@@ -16,7 +16,7 @@ class TestSimFrameRuns : public QObject, private TakeFramesCase
     Q_OBJECT
 
 public:
-    TestSimFrameRuns() : TakeFramesCase(QStringLiteral("127.0.1.83")) {}
+    TestSimFrameRuns() : TakeFramesCase(QStringLiteral("127.0.1.84")) {}
 
 private slots:
     void init() { start(); }
