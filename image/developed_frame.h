@@ -9,6 +9,8 @@
 struct ByteTables {
     std::array<QList<quint16>, 3> luts;
     std::array<QList<uchar>, 3> bytes;
+    /** They are to8Bits(), all three. */
+    bool untouched = false;
 };
 
 /** The buffers of one decoded frame. What is shared with a reader is replaced, not copied, by the next frame.

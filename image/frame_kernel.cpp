@@ -1,5 +1,6 @@
 #include "image/frame_kernel.h"
 
+#include "image/row_steps.h"
 #include "image/sample_depth.h"
 
 #include <opencv2/core/utility.hpp>
@@ -78,80 +79,6 @@ void developMonoPixels(const MonoPixels &pixels, const uchar *codes, int count, 
     std::copy_n(pixel.bytes.begin(), 3, picture + 3 * last);
 }
 
-/** Means to nearest, halves up, in arithmetic that never leaves 16 bits: twice as many go into a vector. */
-constexpr quint16 mean(quint16 a, quint16 b)
-{
-    return quint16(quint16(a | b) - quint16(quint16(a ^ b) >> 1));
-}
-
-constexpr quint16 mean(quint16 a, quint16 b, quint16 c, quint16 d)
-{
-    const auto quarters = quint16(quint16(a >> 2) + quint16(b >> 2) + quint16(c >> 2) + quint16(d >> 2));
-    const auto rests = quint16((a & 3) + (b & 3) + (c & 3) + (d & 3) + 2);
-    return quint16(quarters + quint16(rests >> 2));
-}
-
-struct MosaicRows {
-    const quint16 *above;
-    const quint16 *centre;
-    const quint16 *below;
-};
-
-/**
- * Columns 1 to end - 1 of three colour rows. All four means are made for every pixel and the parity of the
- * column chooses among them, which the compiler turns into vector instructions.
- */
-[[gnu::always_inline]] inline void demosaicColumns(const MosaicRows &rows, int end, bool rowStartsWithGreen,
-                                                   quint16 *__restrict green, quint16 *__restrict own,
-                                                   quint16 *__restrict other)
-{
-    const quint16 *__restrict above = rows.above;
-    const quint16 *__restrict centre = rows.centre;
-    const quint16 *__restrict below = rows.below;
-    const quint16 greenAtEven = rowStartsWithGreen ? 0xffff : 0;
-    for (int x = 1; x < end; ++x) {
-        const quint16 beside = mean(centre[x - 1], centre[x + 1]);
-        const quint16 over = mean(above[x], below[x]);
-        const quint16 cross = mean(centre[x - 1], centre[x + 1], above[x], below[x]);
-        const quint16 corners = mean(above[x - 1], above[x + 1], below[x - 1], below[x + 1]);
-        const auto atGreen = quint16(greenAtEven ^ (x & 1 ? 0xffff : 0));
-        const auto choose = [atGreen](quint16 onGreen, quint16 onColor) {
-            return quint16((onGreen & atGreen) | (onColor & quint16(~atGreen)));
-        };
-        green[x] = choose(centre[x], cross);
-        own[x] = choose(beside, centre[x]);
-        other[x] = choose(over, corners);
-    }
-}
-
-using Demosaic = void(const MosaicRows &rows, int end, bool rowStartsWithGreen, quint16 *green, quint16 *own,
-                      quint16 *other);
-
-void demosaicAnywhere(const MosaicRows &rows, int end, bool rowStartsWithGreen, quint16 *green, quint16 *own,
-                      quint16 *other)
-{
-    demosaicColumns(rows, end, rowStartsWithGreen, green, own, other);
-}
-
-#ifdef __x86_64__
-/** With vectors of twice the width. */
-[[gnu::target("avx2")]] void demosaicAvx2(const MosaicRows &rows, int end, bool rowStartsWithGreen,
-                                          quint16 *green, quint16 *own, quint16 *other)
-{
-    demosaicColumns(rows, end, rowStartsWithGreen, green, own, other);
-}
-#endif
-
-/** The fastest that this processor has. */
-Demosaic *demosaic()
-{
-#ifdef __x86_64__
-    if (cv::checkHardwareSupport(CV_CPU_AVX2))
-        return demosaicAvx2;
-#endif
-    return demosaicAnywhere;
-}
-
 static_assert(std::endian::native == std::endian::little);
 
 /** Two samples with one store. */
@@ -192,8 +119,9 @@ class ColorRows
 {
 public:
     ColorRows(const ColorTables &tables, const Buffers &buffers)
-        : m_tables(tables), m_buffers(buffers), m_width(std::size_t(buffers.width)), m_rows(3 * m_width),
-          m_red(m_width), m_green(m_width), m_blue(m_width)
+        : m_tables(tables), m_buffers(buffers), m_width(std::size_t(buffers.width)),
+          m_room(m_width + RowSteps::Spare), m_rows(3 * m_room), m_red(m_room), m_green(m_room),
+          m_blue(m_room)
     {
     }
 
@@ -215,21 +143,12 @@ public:
     }
 
 private:
-    quint16 *row(int y) { return m_rows.data() + std::size_t(y % 3) * m_width; }
+    quint16 *row(int y) { return m_rows.data() + std::size_t(y % 3) * m_room; }
 
     void loadRow(int y)
     {
-        const uchar *codes = m_buffers.codes + std::size_t(y) * m_width;
-        const auto &even = *m_tables.balanced[std::size_t(y & 1)][0];
-        const auto &odd = *m_tables.balanced[std::size_t(y & 1)][1];
-        quint16 *samples = row(y);
-        std::size_t x = 0;
-        for (; x + 1 < m_width; x += 2) {
-            samples[x] = even[codes[x]];
-            samples[x + 1] = odd[codes[x + 1]];
-        }
-        if (x < m_width)
-            samples[x] = even[codes[x]];
+        const auto &tables = m_tables.balanced[std::size_t(y & 1)];
+        m_steps.load(m_buffers.codes + std::size_t(y) * m_width, *tables[0], *tables[1], m_width, row(y));
     }
 
     void widenRow(int y)
@@ -241,20 +160,18 @@ private:
             raw[x] = table[codes[x]];
     }
 
-    /**
-     * Fills the three colour rows. "own" is the colour that shares the centre row with green, "other" the one
-     * of the rows above and below.
-     */
+    /** Fills the three colour rows. */
     void demosaicRow(int y)
     {
         const bool rowStartsWithGreen = m_tables.startsWithGreen == ((y & 1) == 0);
         // Both mosaics put green and blue in one row, red and green in the other.
         const bool ownIsRed = !rowStartsWithGreen;
-        quint16 *own = ownIsRed ? m_red.data() : m_blue.data();
-        quint16 *other = ownIsRed ? m_blue.data() : m_red.data();
-        const int end = int(m_width) - 1;
-        m_demosaic({row(y - 1), row(y), row(y + 1)}, end, rowStartsWithGreen, m_green.data(), own, other);
-        for (quint16 *plane : {m_red.data(), m_green.data(), m_blue.data()}) {
+        const RowSteps::ColorRow colors{.green = m_green.data(),
+                                        .own = ownIsRed ? m_red.data() : m_blue.data(),
+                                        .other = ownIsRed ? m_blue.data() : m_red.data()};
+        const std::size_t end = m_width - 1;
+        m_steps.demosaic({row(y - 1), row(y), row(y + 1)}, end, rowStartsWithGreen, colors);
+        for (quint16 *plane : {colors.green, colors.own, colors.other}) {
             plane[0] = plane[1];
             plane[end] = plane[end - 1];
         }
@@ -263,6 +180,10 @@ private:
     void finishRow(int y)
     {
         const std::size_t start = 3 * std::size_t(y) * m_width;
+        if (!m_buffers.image && m_tables.untouched && m_steps.reduce) {
+            m_steps.reduce(m_red.data(), m_green.data(), m_blue.data(), m_width, m_buffers.picture + start);
+            return;
+        }
         if (!m_buffers.image) {
             lookUpRow(m_red.data(), m_green.data(), m_blue.data(), m_tables.bytesR, m_tables.bytesG,
                       m_tables.bytesB, m_width, m_buffers.picture + start);
@@ -277,8 +198,9 @@ private:
 
     const ColorTables &m_tables;
     const Buffers &m_buffers;
-    Demosaic *m_demosaic = demosaic();
+    const RowSteps::Steps &m_steps = RowSteps::fastest();
     std::size_t m_width;
+    std::size_t m_room;
     /** The last three white-balanced rows, row y at place y modulo 3. */
     std::vector<quint16> m_rows;
     std::vector<quint16> m_red;

@@ -52,6 +52,8 @@ struct ColorTables {
     const uchar *bytesR = nullptr;
     const uchar *bytesG = nullptr;
     const uchar *bytesB = nullptr;
+    /** They are what to8Bits() makes of the sample itself. */
+    bool untouched = false;
     /** The mosaic starts with green, blue instead of red, green. */
     bool startsWithGreen;
 };

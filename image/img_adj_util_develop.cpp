@@ -28,10 +28,20 @@ uchar *fresh(QImage &picture, int width, int height, QImage::Format format)
     return picture.bits();
 }
 
+bool isUntouched(const QList<uchar> &bytes)
+{
+    for (qsizetype sample = 0; sample < bytes.size(); ++sample) {
+        if (bytes[sample] != to8Bits(quint16(sample)))
+            return false;
+    }
+    return true;
+}
+
 /** Those of an untouched look are one table, which fits into the cache much better than three. */
 void makeByteTables(const ImgAdjData &adj, ByteTables &tables)
 {
     const std::array luts{adj.lutR, adj.lutG, adj.lutB};
+    bool changed = false;
     for (std::size_t i = 0; i < luts.size(); ++i) {
         // Lists share their content until one of them changes, so that the same place has the same content.
         const auto isSame = [lut = luts[i].constData()](const QList<quint16> &other) {
@@ -39,6 +49,8 @@ void makeByteTables(const ImgAdjData &adj, ByteTables &tables)
         };
         if (isSame(tables.luts[i]) && !tables.bytes[i].isEmpty())
             continue;
+        tables.untouched = false;
+        changed = true;
         const auto same = std::size_t(std::ranges::find_if(luts, isSame) - luts.begin());
         if (same < i) {
             tables.bytes[i] = tables.bytes[same];
@@ -48,6 +60,8 @@ void makeByteTables(const ImgAdjData &adj, ByteTables &tables)
         }
         tables.luts[i] = luts[i];
     }
+    if (changed)
+        tables.untouched = std::ranges::all_of(tables.bytes, isUntouched);
 }
 
 /** Whether the adjusted image is the mosaic's pixels in their places, each through its table. */
@@ -93,6 +107,7 @@ void developColor(const ImgAdjData &adj, const FrameKernel::CodeTable &widened, 
         tables.bytesR = byteTables.bytes[0].constData();
         tables.bytesG = byteTables.bytes[1].constData();
         tables.bytesB = byteTables.bytes[2].constData();
+        tables.untouched = byteTables.untouched;
     }
     FrameKernel::developColor(tables, buffers);
 }

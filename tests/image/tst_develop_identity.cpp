@@ -103,11 +103,17 @@ void TestDevelopIdentity::everySizeAndMosaicEqualsThePlainSequence()
     QFETCH(int, cfa);
     QFETCH(QSize, size);
     QFETCH(bool, natural);
-    const ImgAdjData adj = TestFrames::strongAdjustment(cfa);
+    const ImgAdjData strong = TestFrames::strongAdjustment(cfa);
+    ImgAdjData balanced = strong;
+    const ImgAdjData untouched = TestFrames::identityAdjustment(cfa);
+    balanced.lutR = balanced.lutG = balanced.lutB = untouched.lutG;
     const auto make = natural ? TestFrames::scene : TestFrames::noise;
-    VeskFrame frame(&adj, nullptr);
-    for (const quint32 seed : {1U, 2U, 3U})
-        compareWithPlain(adj, frame, make(size.width(), size.height(), seed), size.width(), size.height());
+    for (const ImgAdjData &adj : {strong, balanced, untouched}) {
+        VeskFrame frame(&adj, nullptr);
+        for (const quint32 seed : {1U, 2U, 3U})
+            compareWithPlain(adj, frame, make(size.width(), size.height(), seed), size.width(),
+                             size.height());
+    }
 }
 
 void TestDevelopIdentity::everyTransformEqualsThePlainSequence_data()
@@ -266,6 +272,14 @@ void TestDevelopIdentity::savedPictureFollowsItsTables()
     std::ranges::reverse(adj.lutG); // in its place, which it shares with nobody but the frame
     compare();
     adj = strong;
+    compare();
+    adj = TestFrames::identityAdjustment(ImgAdjUtil::CfaRGGB); // nothing to look up
+    compare();
+    adj.lutB[65535] = 0;
+    compare();
+    adj.lutB[65535] = 65535;
+    compare();
+    adj.lutG = strong.lutG;
     compare();
 }
 
