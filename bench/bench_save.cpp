@@ -29,6 +29,7 @@
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QFile>
+#include <QImageWriter>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QNetworkAccessManager>
@@ -310,6 +311,10 @@ int main(int argc, char *argv[])
     const Application application(argv);
     if (what == u"images") {
         const auto file = openFile(words[1]);
+        // The first image of a program loads the plugins for images. What ffmpeg loads at its start is not
+        // measured either.
+        if (!QImageWriter::supportedImageFormats().contains("tiff"))
+            stop(u"there is no plugin for TIFF"_s);
         measure([&] { return save(file.get(), frames, Util::FormatTiff, u"<fr>"_s, folder); });
         return 0;
     }
