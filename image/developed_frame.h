@@ -9,7 +9,7 @@
 struct ByteTables {
     std::array<QList<quint16>, 3> luts;
     std::array<QList<uchar>, 3> bytes;
-    /** They are to8Bits(), all three. */
+    /** Each sample of all three channels comes to what to8Bits() makes of it. */
     bool untouched = false;
 };
 

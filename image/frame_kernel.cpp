@@ -180,13 +180,13 @@ private:
     void finishRow(int y)
     {
         const std::size_t start = 3 * std::size_t(y) * m_width;
-        if (!m_buffers.image && m_tables.untouched && m_steps.reduce) {
-            m_steps.reduce(m_red.data(), m_green.data(), m_blue.data(), m_width, m_buffers.picture + start);
-            return;
-        }
         if (!m_buffers.image) {
-            lookUpRow(m_red.data(), m_green.data(), m_blue.data(), m_tables.bytesR, m_tables.bytesG,
-                      m_tables.bytesB, m_width, m_buffers.picture + start);
+            uchar *picture = m_buffers.picture + start;
+            if (m_tables.untouched && m_steps.reduce)
+                m_steps.reduce(m_red.data(), m_green.data(), m_blue.data(), m_width, picture);
+            else
+                lookUpRow(m_red.data(), m_green.data(), m_blue.data(), m_tables.bytesR, m_tables.bytesG,
+                          m_tables.bytesB, m_width, picture);
             return;
         }
         quint16 *image = m_buffers.image + start;

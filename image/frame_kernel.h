@@ -52,7 +52,7 @@ struct ColorTables {
     const uchar *bytesR = nullptr;
     const uchar *bytesG = nullptr;
     const uchar *bytesB = nullptr;
-    /** They are what to8Bits() makes of the sample itself. */
+    /** The tables of 8 bits have for every sample what to8Bits() makes of it. */
     bool untouched = false;
     /** The mosaic starts with green, blue instead of red, green. */
     bool startsWithGreen;

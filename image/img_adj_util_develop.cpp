@@ -30,6 +30,8 @@ uchar *fresh(QImage &picture, int width, int height, QImage::Format format)
 
 bool isUntouched(const QList<uchar> &bytes)
 {
+    if (bytes.size() != 65536)
+        return false;
     for (qsizetype sample = 0; sample < bytes.size(); ++sample) {
         if (bytes[sample] != to8Bits(quint16(sample)))
             return false;
@@ -37,7 +39,7 @@ bool isUntouched(const QList<uchar> &bytes)
     return true;
 }
 
-/** Those of an untouched look are one table, which fits into the cache much better than three. */
+/** Channels with the same table share what is made of it: one fits into the cache much better than three. */
 void makeByteTables(const ImgAdjData &adj, ByteTables &tables)
 {
     const std::array luts{adj.lutR, adj.lutG, adj.lutB};

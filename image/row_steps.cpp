@@ -44,7 +44,7 @@ constexpr quint16 mean(quint16 a, quint16 b, quint16 c, quint16 d)
 
 /**
  * All four means are made for every pixel and the parity of the column chooses among them, which the compiler
- * turns into vector instructions.
+ * turns into vector instructions; it has to know of each of the rows that it is no part of another.
  */
 void demosaicColumns(const MosaicRows &rows, std::size_t end, bool rowStartsWithGreen,
                      quint16 *__restrict green, quint16 *__restrict own, quint16 *__restrict other)
@@ -172,9 +172,9 @@ constexpr std::array<std::array<Spread, 3>, 3> spreads()
     return result;
 }
 
-[[gnu::target("avx2")]] inline __m256i spread(__m256i bytes, const Spread &places)
+[[gnu::target("avx2")]] inline __m256i spread(__m256i channel, const Spread &places)
 {
-    return _mm256_shuffle_epi8(bytes, _mm256_loadu_si256(reinterpret_cast<const __m256i *>(places.data())));
+    return _mm256_shuffle_epi8(channel, _mm256_loadu_si256(reinterpret_cast<const __m256i *>(places.data())));
 }
 
 [[gnu::target("avx2")]] void reduceAvx2(const quint16 *first, const quint16 *second, const quint16 *third,
@@ -230,6 +230,7 @@ private:
         return _mm512_permutex2var_epi16(m_parts[2 * i].samples, codes, m_parts[2 * i + 1].samples);
     }
 
+    /** A vector on its own would lose its alignment as the argument of a template. */
     struct Part {
         __m512i samples;
     };
@@ -260,7 +261,7 @@ const Steps *RowSteps::with(Vectors vectors)
 #ifdef __x86_64__
     if (vectors == Vectors::Avx2)
         return cv::checkHardwareSupport(CV_CPU_AVX2) ? &Avx2 : nullptr;
-    // The set of features that OpenCV knows by this name came with those of 16-bit samples.
+    // The set of that name has the instructions for 16-bit samples in it.
     if (vectors == Vectors::Avx512)
         return with(Vectors::Avx2) && cv::checkHardwareSupport(CV_CPU_AVX512_SKX) ? &Avx512 : nullptr;
 #endif

@@ -7,8 +7,8 @@
 /** What a colour frame goes through row by row. Every set of steps gives the same result to the bit. */
 namespace RowSteps
 {
-/** Room that a row of samples has behind its last one: some steps take as many at a time, and write them. */
-constexpr std::size_t Spare = 32;
+/** Room that a row of samples has behind its last one: demosaicing reads and writes a vector at a time. */
+constexpr std::size_t Spare = 16;
 
 /** Three rows of a white-balanced mosaic, one below the other; each with Spare. */
 struct MosaicRows {
@@ -30,10 +30,10 @@ struct Steps {
     /** Each of count codes through the table of its column's parity. */
     void (*load)(const uchar *codes, const FrameKernel::CodeTable &even, const FrameKernel::CodeTable &odd,
                  std::size_t count, quint16 *samples);
-    /** Bilinear, columns 1 to end - 1 of the centre row. */
+    /** Bilinear, columns 1 to end - 1 of the centre row. What is left behind them means nothing. */
     void (*demosaic)(const MosaicRows &rows, std::size_t end, bool rowStartsWithGreen,
                      const ColorRow &colors);
-    /** Three rows of count samples at 8 bits, as one of pixels; null where look-ups take no longer. */
+    /** Three rows of count samples through to8Bits(), as one of pixels. Null: tables do that. */
     void (*reduce)(const quint16 *first, const quint16 *second, const quint16 *third, std::size_t count,
                    uchar *pixels);
 };

@@ -30,6 +30,7 @@ private slots:
     void buffersOfAnotherSizeOrLookLeaveNoTrace();
     void picturesStillShownAreNotWrittenTo();
     void savedPictureFollowsItsTables();
+    void untouchedLookIsKnownAsSuch();
     void processorWithoutWideVectorsDoesTheSame_data();
     void processorWithoutWideVectorsDoesTheSame();
 
@@ -251,7 +252,8 @@ void TestDevelopIdentity::savedPictureFollowsItsTables()
     ImgAdjData adj = strong;
     VeskFrame frame(&adj, nullptr);
     frame.decodeInPlace();
-    const QByteArray codes = TestFrames::noise(64, 48, 1);
+    QByteArray codes = TestFrames::noise(64, 48, 1);
+    codes[64 + 1] = char(255); // a blue pixel that is white
     const auto compare = [&] {
         m_plain.set(adj, codes, 64, 48);
         compareSavedPicture(frame, codes, 64, 48);
@@ -281,6 +283,35 @@ void TestDevelopIdentity::savedPictureFollowsItsTables()
     compare();
     adj.lutG = strong.lutG;
     compare();
+}
+
+/** Whatever its white balance. */
+void TestDevelopIdentity::untouchedLookIsKnownAsSuch()
+{
+    const ImgAdjUtil util;
+    const QByteArray codes = TestFrames::noise(8, 6, 1);
+    DevelopedFrame frame;
+    frame.use = DevelopedFrame::Use::SavedImage;
+    frame.width = 8;
+    frame.height = 6;
+    const auto isUntouched = [&](const ImgAdjData &adj) {
+        util.developFrame(adj, codes, 48, frame);
+        return frame.byteTables.untouched;
+    };
+    const ImgAdjData strong = TestFrames::strongAdjustment(ImgAdjUtil::CfaRGGB);
+    QVERIFY(!isUntouched(strong));
+    ImgAdjData adj = strong;
+    for (QList<quint16> *lut : {&adj.lutR, &adj.lutG, &adj.lutB})
+        util.updateLut(*lut, 0.0, 1.0, 1.0, 0.0);
+    QVERIFY(isUntouched(adj));
+    adj.lutG[1] = 200; // is 1 at 8 bits
+    QVERIFY(!isUntouched(adj));
+    adj.lutG[1] = 2; // is 0 at 8 bits, as before
+    QVERIFY(isUntouched(adj));
+    adj.lutR = strong.lutR;
+    QVERIFY(!isUntouched(adj));
+    adj.lutR = adj.lutB;
+    QVERIFY(isUntouched(adj));
 }
 
 void TestDevelopIdentity::processorWithoutWideVectorsDoesTheSame_data()

@@ -18,6 +18,7 @@ class TestRowSteps : public QObject
     Q_OBJECT
 
 private slots:
+    void everyVectorOfTheProcessorIsUsed();
     void fastestAreThoseOfTheWidestVectors();
     void noneButTheCommonAreLeftWhenOpenCvIsToldSo();
     void loadTakesEachCodeThroughTheTableOfItsColumn_data() { rows(); }
@@ -39,7 +40,7 @@ namespace
 {
 using Samples = std::vector<quint16>;
 
-/** With as much room behind the count as the steps may use; no more, so that nothing else goes unnoticed. */
+/** With as much room behind the count as the steps may use, and no more. */
 Samples noise(std::size_t count, quint32 seed)
 {
     QRandomGenerator random(seed);
@@ -48,16 +49,39 @@ Samples noise(std::size_t count, quint32 seed)
     return samples;
 }
 
+/** A buffer whose end nobody may write beyond. */
+template <class Item> class Fenced
+{
+public:
+    explicit Fenced(std::size_t count) : m_items(count + Guards, Item(Guard)), m_count(count) {}
+
+    Item *data() { return m_items.data(); }
+    const Item &operator[](std::size_t i) const { return m_items[i]; }
+    bool isWhole() const
+    {
+        return std::all_of(m_items.begin() + qptrdiff(m_count), m_items.end(),
+                           [](Item item) { return item == Item(Guard); });
+    }
+
+private:
+    static constexpr std::size_t Guards = 128;
+    static constexpr int Guard = 0xa7;
+
+    std::vector<Item> m_items;
+    std::size_t m_count;
+};
+
 struct Colors {
     explicit Colors(std::size_t width)
-        : green(width + RowSteps::Spare), own(green.size()), other(green.size())
+        : green(width + RowSteps::Spare), own(width + RowSteps::Spare), other(width + RowSteps::Spare)
     {
     }
     RowSteps::ColorRow row() { return {green.data(), own.data(), other.data()}; }
+    bool areWhole() const { return green.isWhole() && own.isWhole() && other.isWhole(); }
 
-    Samples green;
-    Samples own;
-    Samples other;
+    Fenced<quint16> green;
+    Fenced<quint16> own;
+    Fenced<quint16> other;
 };
 
 int roundedMean(const std::vector<int> &samples)
@@ -78,6 +102,18 @@ void TestRowSteps::rows()
         QTest::newRow("AVX2") << steps;
     if (const RowSteps::Steps *steps = RowSteps::with(Vectors::Avx512))
         QTest::newRow("AVX-512") << steps;
+}
+
+void TestRowSteps::everyVectorOfTheProcessorIsUsed()
+{
+    QVERIFY(RowSteps::with(Vectors::Common));
+#ifdef __x86_64__
+    QCOMPARE(RowSteps::with(Vectors::Avx2) != nullptr, __builtin_cpu_supports("avx2") != 0);
+    QCOMPARE(RowSteps::with(Vectors::Avx512) != nullptr, __builtin_cpu_supports("avx512bw") != 0);
+#else
+    QVERIFY(!RowSteps::with(Vectors::Avx2));
+    QVERIFY(!RowSteps::with(Vectors::Avx512));
+#endif
 }
 
 void TestRowSteps::fastestAreThoseOfTheWidestVectors()
@@ -115,8 +151,9 @@ void TestRowSteps::loadTakesEachCodeThroughTheTableOfItsColumn()
         std::vector<uchar> codes(count);
         for (std::size_t x = 0; x < count; ++x)
             codes[x] = uchar(x * 7 + count);
-        Samples samples(count + RowSteps::Spare);
+        Fenced<quint16> samples(count + RowSteps::Spare);
         steps->load(codes.data(), even, odd, count, samples.data());
+        QVERIFY(samples.isWhole());
         for (std::size_t x = 0; x < count; ++x)
             QCOMPARE(samples[x], (x % 2 == 0 ? even : odd)[codes[x]]);
     }
@@ -132,6 +169,7 @@ void TestRowSteps::demosaicRoundsTheMeansOfItsNeighbours()
         for (const bool startsWithGreen : {false, true}) {
             Colors colors(width);
             steps->demosaic({a.data(), c.data(), b.data()}, width - 1, startsWithGreen, colors.row());
+            QVERIFY(colors.areWhole());
             for (std::size_t x = 1; x + 1 < width; ++x) {
                 const int beside = roundedMean({c[x - 1], c[x + 1]});
                 const int over = roundedMean({a[x], b[x]});
@@ -181,8 +219,9 @@ void TestRowSteps::reduceMakesPixelsOfThreeRows()
         const Samples first(all.begin(), all.begin() + qptrdiff(count)); // no room behind
         const Samples second(all.begin() + qptrdiff(count), all.begin() + qptrdiff(2 * count));
         const Samples third(all.begin() + qptrdiff(2 * count), all.begin() + qptrdiff(3 * count));
-        std::vector<uchar> pixels(3 * count);
+        Fenced<uchar> pixels(3 * count);
         steps->reduce(first.data(), second.data(), third.data(), count, pixels.data());
+        QVERIFY(pixels.isWhole());
         for (std::size_t x = 0; x < count; ++x) {
             QCOMPARE(pixels[3 * x], to8Bits(first[x]));
             QCOMPARE(pixels[3 * x + 1], to8Bits(second[x]));

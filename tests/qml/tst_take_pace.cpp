@@ -38,7 +38,7 @@ void TestTakePace::adjustmentOfARestingTakeAsksForOneFrameAtATimeAndEndsOnTheLas
     // One after the other, each 150 ms on its way.
     const auto asked = m_view.simulated()->requests("POST", u"/xfer"_s).size();
     QVERIFY2(asked >= 2 && asked <= 9, qPrintable(QString::number(asked)));
-    // Nine tenths of the way from 0.1 to 10, give or take the pixels of the handle.
+    // 0.1 x 100 ^ 0.9, give or take the pixels of the handle.
     const double gain = take->imgAdjModel()->gain()->variant().toDouble();
     QVERIFY2(gain > 5.5 && gain < 7.0, qPrintable(QString::number(gain)));
     // The camera keeps six digits behind the point, which come back with a poll.
