@@ -1,6 +1,9 @@
 #include "tests/e2e/session.h"
 
+#include <QElapsedTimer>
 #include <QTest>
+
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -141,6 +144,19 @@ bool Session::pickFromFileMenu(int index) const
 bool Session::wait(const std::function<bool(const QImage &)> &condition) const
 {
     return QTest::qWaitFor([&] { return condition(window()); }, 10000);
+}
+
+QImage Session::resting(const QRect &part) const
+{
+    QImage last;
+    QElapsedTimer unchanged;
+    const bool rests = wait([&](const QImage &now) {
+        const QImage shown = now.copy(part);
+        if (std::exchange(last, shown) != shown)
+            unchanged.start();
+        return unchanged.isValid() && unchanged.elapsed() > 500;
+    });
+    return rests ? last : QImage();
 }
 
 bool Session::waitForLivePicture() const

@@ -56,6 +56,10 @@ public:
     /// Waits for a condition on the window; false after 10 s.
     bool wait(const std::function<bool(const QImage &window)> &condition) const;
 
+    /// What a part of the window shows once it has been the same for half a second, in which a busy machine
+    /// draws what it has yet to draw; null when that is never so.
+    QImage resting(const QRect &part) const;
+
     /// Waits for a frame whose number can be read; keeps a picture of what is there instead.
     bool waitForLivePicture() const;
 

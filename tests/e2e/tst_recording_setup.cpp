@@ -120,9 +120,8 @@ void TestRecordingSetup::whatIsNoNumberLeavesTheFrameRateAsItWas()
     // The number and its unit; the arrow is lit or not by where the pointer is.
     const QRect box = m_session.layout().widget(u"Frame Rate"_s).adjusted(3, 4, -24, -4);
     m_session.move(box.center() - QPoint(20, 0));
-    QImage before;
-    QVERIFY(m_session.wait(
-        [&](const QImage &now) { return std::exchange(before, now.copy(box)) == now.copy(box); }));
+    const QImage before = m_session.resting(box);
+    QVERIFY(!before.isNull());
     m_session.camera.forgetRequests();
     QVERIFY(m_session.type(u"Frame Rate"_s, u"fast"_s));
     QVERIFY(m_session.wait([&](const QImage &now) { return now.copy(box) == before; }));

@@ -368,10 +368,8 @@ void TestTakeReview::cancelledSearchStaysWhereItBegan()
     m_session.key(u"Right"_s);
     QTRY_VERIFY(m_session.camera.requests("POST", u"/xfer"_s).last().contains("\"start\":162,"));
     m_session.move(layout().onBar(0.9));
-    QImage before;
-    QVERIFY(m_session.wait([&](const QImage &now) {
-        return std::exchange(before, now.copy(layout().frameRow())) == now.copy(layout().frameRow());
-    }));
+    const QImage before = m_session.resting(layout().frameRow());
+    QVERIFY(!before.isNull());
     QVERIFY(m_session.camera.delayFrames(300));
     m_session.camera.forgetRequests();
     m_session.click(layout().stepButton(4));
@@ -381,7 +379,11 @@ void TestTakeReview::cancelledSearchStaysWhereItBegan()
     QTRY_VERIFY(m_session.camera.requests("POST", u"/xfer"_s).size() >= 3);
     m_session.keepPicture(u"take-search-slow"_s);
     // The cross stands right of the text, which is in the middle of the row.
-    const QImage searching = m_session.window();
+    QImage searching;
+    QVERIFY(m_session.wait([&](const QImage &now) {
+        searching = now;
+        return now.copy(layout().frameRow()) != before;
+    }));
     int cross = -1;
     for (int x = layout().frameRow().right(); x > layout().frameRow().center().x() && cross < 0; --x)
         cross = isWhite(searching.pixel(x, layout().frameRow().center().y())) ? x : -1;
