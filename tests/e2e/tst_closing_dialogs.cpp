@@ -183,6 +183,7 @@ void TestClosingDialogs::programEndsInTheMidstOfAFirmwareUpload()
 {
     m_session = std::make_unique<Session>();
     QCOMPARE(m_session->start(), QString());
+    QVERIFY(m_session->waitForLivePicture());
     QFile file(m_session->program().workingFolder() + u"/camera 4.q4fw"_s);
     QVERIFY(file.open(QIODevice::WriteOnly) && file.resize(20'000'000));
     file.close();
