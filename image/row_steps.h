@@ -33,7 +33,7 @@ struct Steps {
     /** Bilinear, columns 1 to end - 1 of the centre row. What is left behind them means nothing. */
     void (*demosaic)(const MosaicRows &rows, std::size_t end, bool rowStartsWithGreen,
                      const ColorRow &colors);
-    /** Three rows of count samples through to8Bits(), as one of pixels. Null: tables do that. */
+    /** Three rows of count samples through to8Bits(), as one of pixels. Null: tables take less time. */
     void (*reduce)(const quint16 *first, const quint16 *second, const quint16 *third, std::size_t count,
                    uchar *pixels);
 };
